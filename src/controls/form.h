@@ -1,0 +1,54 @@
+// A window or pane as a model: geometry, visibility, controls by name.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "controls/basic_controls.h"
+#include "controls/control.h"
+
+namespace kelmio {
+
+class CommandBars;
+class DockingPanes;
+class ListView;
+
+/// Visits a form's controls; one overload a control kind. The binder and tests implement it.
+class ControlVisitor {
+public:
+  virtual ~ControlVisitor() = default;
+  virtual void Visit(std::string_view name, Label& control) = 0;
+  virtual void Visit(std::string_view name, Button& control) = 0;
+  virtual void Visit(std::string_view name, TextBox& control) = 0;
+  virtual void Visit(std::string_view name, ListView& control) = 0;
+  virtual void Visit(std::string_view name, StatusBar& control) = 0;
+  virtual void Visit(std::string_view name, CommandBars& control) = 0;
+  virtual void Visit(std::string_view name, DockingPanes& control) = 0;
+};
+
+enum class WindowState { Normal, Minimized, Maximized };
+
+/// A window's model. It outlives its widgets. Geometry is in twips. User interface thread only.
+/// The view writes geometry and state back when the user moves, resizes or minimises the window.
+class Form : public Control {
+public:
+  Property<std::string> Caption{*this};
+  Property<int> Left{*this};
+  Property<int> Top{*this};
+  Property<int> Width{*this};
+  Property<int> Height{*this};
+  Property<bool> Visible{*this, false};
+  Property<WindowState> State{*this, WindowState::Normal};
+  Property<Color> BackColor{*this, 0xFFFFFF};
+
+  /// Visits every control under its fixed name, which is also the name of its widget.
+  virtual void VisitControls(ControlVisitor& visitor) = 0;
+
+  /// The user asks to close the window by its close box. True cancels the closing.
+  virtual bool QueryUnload() { return false; }
+  /// The window closes.
+  virtual void Unload() {}
+};
+
+} // namespace kelmio

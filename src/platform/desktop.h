@@ -1,0 +1,67 @@
+// What the logic needs of the desktop around its windows.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace kelmio {
+
+class CommandBar;
+
+/// Lengths of the windows are in twips, 1440 to the inch; a screen of 96 dots an inch has 15 to the pixel.
+inline constexpr int kTwipsPerInch = 1440;
+inline constexpr int kDotsPerInch = 96;
+inline constexpr int kTwipsPerPixel = kTwipsPerInch / kDotsPerInch;
+
+/// The desktop's visual style, where it has one that can be named.
+struct VisualStyle {
+  std::string file;
+  std::string color_scheme;
+};
+
+/// The screen. User interface thread only.
+class Desktop {
+public:
+  virtual ~Desktop() = default;
+  /// Size of the full-screen work area in twips.
+  virtual int WorkAreaWidth() const = 0;
+  virtual int WorkAreaHeight() const = 0;
+  /// Nothing when the desktop has no such data.
+  virtual std::optional<VisualStyle> CurrentStyle() const = 0;
+};
+
+/// The clipboard, text only. User interface thread only.
+class Clipboard {
+public:
+  virtual ~Clipboard() = default;
+  virtual void Clear() = 0;
+  virtual void SetText(const std::string& text) = 0;
+};
+
+/// The notification area. User interface thread only.
+class Tray {
+public:
+  virtual ~Tray() = default;
+  /// Shows the icon with its tool tip. False where the desktop has no tray; nothing is shown then.
+  virtual bool Create(const std::string& tool_tip) = 0;
+  virtual void Remove() = 0;
+  /// Whether the icon stands in a tray now.
+  virtual bool Created() const = 0;
+
+  /// Asked for the popup's content each time before it opens. The popup's items run through `on_command`.
+  std::function<const CommandBar&()> on_popup;
+  std::function<void(int command)> on_command;
+  std::function<void()> on_double_click;
+};
+
+/// Starting with the session. User interface thread only; failures are silent.
+class AutoStart {
+public:
+  virtual ~AutoStart() = default;
+  /// Makes or replaces the entry for the program at `executable` (full path).
+  virtual void Enable(const std::string& executable) = 0;
+  virtual void Disable() = 0;
+};
+
+} // namespace kelmio
