@@ -1,0 +1,97 @@
+// The desktop in memory: screen, clipboard, tray, start with the session, registry, wave device.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/desktop.h"
+#include "platform/multimedia_device.h"
+#include "platform/registry_store.h"
+
+namespace kelmio {
+
+class FakeDesktop : public Desktop {
+public:
+  int WorkAreaWidth() const override { return width; }
+  int WorkAreaHeight() const override { return height; }
+  std::optional<VisualStyle> CurrentStyle() const override { return style; }
+
+  int width = 1280 * kTwipsPerPixel;
+  int height = 1024 * kTwipsPerPixel;
+  std::optional<VisualStyle> style;
+};
+
+class FakeClipboard : public Clipboard {
+public:
+  void Clear() override { text.clear(); }
+  void SetText(const std::string& new_text) override { text = new_text; }
+  std::string text;
+};
+
+class FakeTray : public Tray {
+public:
+  bool Create(const std::string& new_tool_tip) override {
+    tool_tip = new_tool_tip;
+    created = available;
+    return created;
+  }
+  void Remove() override { created = false; }
+  bool Created() const override { return created; }
+
+  bool available = true;
+  bool created = false;
+  std::string tool_tip;
+};
+
+class FakeAutoStart : public AutoStart {
+public:
+  void Enable(const std::string& executable) override { enabled_for = executable; }
+  void Disable() override { enabled_for.reset(); }
+  std::optional<std::string> enabled_for;
+};
+
+/// Every file that exists has the same length; commands are kept as they came.
+class FakeMultimediaDevice : public MultimediaDevice {
+public:
+  void SetFileName(const std::string& path) override { file_name = path; }
+  void Command(std::string_view word) override { commands.emplace_back(word); }
+  long Length() const override { return length_ms; }
+
+  std::string file_name;
+  std::vector<std::string> commands;
+  long length_ms = 1000;
+};
+
+/// Keys and values in memory; names compare without regard to ASCII case.
+class FakeRegistryStore : public RegistryStore {
+public:
+  bool KeyExists(std::uint32_t root, std::string_view path) const override;
+  RegistryResult CreateKey(std::uint32_t root, std::string_view path) override;
+  RegistryResult DeleteKey(std::uint32_t root, std::string_view path) override;
+  std::optional<RegistryValue> Query(std::uint32_t root, std::string_view path, std::string_view name) const override;
+  RegistryResult Set(std::uint32_t root, std::string_view path, std::string_view name,
+                     const RegistryValue& value) override;
+  RegistryResult DeleteValue(std::uint32_t root, std::string_view path, std::string_view name) override;
+  std::vector<std::string> ValueNames(std::uint32_t root, std::string_view path) const override;
+  std::vector<std::string> SubKeys(std::uint32_t root, std::string_view path) const override;
+
+  /// A root that this user may not write to.
+  bool read_only = false;
+
+private:
+  struct NamedValue {
+    std::string name;
+    RegistryValue value;
+  };
+  struct Key {
+    std::string path;
+    std::map<std::string, NamedValue> values; // by lower-case name
+  };
+  static std::string KeyName(std::uint32_t root, std::string_view path);
+
+  std::map<std::string, Key> keys_; // by root and lower-case path
+};
+
+} // namespace kelmio
