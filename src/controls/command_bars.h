@@ -53,6 +53,10 @@ public:
   /// Asked before a surface is shown: brings the states of its items up to date. Assigned by the form.
   std::function<void()> Update = [] {};
 
+  /// Opens a temporary popup at the pointer and returns; what the user picks there runs through `Execute`.
+  /// Given by the view.
+  std::function<void(const CommandBar& popup)> ShowPopup = [](const CommandBar&) {};
+
   /// Layout of the bars, private to the view; the form stores it and gives it back.
   std::function<std::string()> SaveState = [] { return std::string(); };
   std::function<void(const std::string&)> RestoreState = [](const std::string&) {};

@@ -42,6 +42,9 @@ public:
   Property<WindowState> State{*this, WindowState::Normal};
   Property<Color> BackColor{*this, 0xFFFFFF};
 
+  /// The form's fixed name, which is also the name of its layout. Empty for a form that no view has to find.
+  virtual std::string_view Name() const { return {}; }
+
   /// Visits every control under its fixed name, which is also the name of its widget.
   virtual void VisitControls(ControlVisitor& visitor) = 0;
 

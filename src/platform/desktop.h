@@ -53,6 +53,11 @@ public:
   std::function<const CommandBar&()> on_popup;
   std::function<void(int command)> on_command;
   std::function<void()> on_double_click;
+
+  /// The tray that held the icon has died, or one has come and holds the icon now (also one that wasn't there
+  /// yet when `Create` failed). Between `Create` and `Remove` only.
+  std::function<void()> on_gone;
+  std::function<void()> on_back;
 };
 
 /// Starting with the session. User interface thread only; failures are silent.
