@@ -1,0 +1,163 @@
+#include "core/ini_text.h"
+
+#include <algorithm>
+
+#include "core/text.h"
+
+namespace kelmio {
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16LeMark = "\xFF\xFE";
+constexpr std::string_view kNewFileLineEnd = "\r\n";
+
+bool SameName(std::string_view stored, std::string_view asked) {
+  return EqualsIgnoringAsciiCase(stored, TrimIniBlanks(asked));
+}
+
+bool HasLineBreak(std::string_view text) {
+  constexpr std::string_view kLineBreaks("\r\n\0", 3);
+  return text.find_first_of(kLineBreaks) != std::string_view::npos;
+}
+
+bool CanNameSection(std::string_view name) {
+  return !HasLineBreak(name) && name.find(']') == std::string_view::npos;
+}
+
+// A name that begins like a header or a comment would be read as one.
+bool CanNameKey(std::string_view name) {
+  return !HasLineBreak(name) && name.find('=') == std::string_view::npos && !name.starts_with('[') &&
+         !name.starts_with(';');
+}
+
+std::string OnOneLine(std::string_view value) {
+  std::string result(value);
+  std::replace_if(
+      result.begin(), result.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
+  return result;
+}
+
+} // namespace
+
+std::string DecodeIniBytes(std::string bytes) {
+  if (bytes.starts_with(kUtf16LeMark))
+    return Utf16LeToUtf8(std::string_view(bytes).substr(kUtf16LeMark.size()));
+  if (bytes.starts_with(kUtf8Mark))
+    bytes.erase(0, kUtf8Mark.size());
+  return bytes;
+}
+
+IniText::IniText(std::string bytes) {
+  if (bytes.starts_with(kUtf16LeMark))
+    encoding_ = Encoding::Utf16Le;
+  else if (bytes.starts_with(kUtf8Mark))
+    encoding_ = Encoding::Utf8WithMark;
+  text_ = DecodeIniBytes(std::move(bytes));
+}
+
+std::string IniText::Bytes() const {
+  switch (encoding_) {
+  case Encoding::Utf16Le:
+    return std::string(kUtf16LeMark) + Utf8ToUtf16Le(text_);
+  case Encoding::Utf8WithMark:
+    return std::string(kUtf8Mark) + text_;
+  case Encoding::Bytes:
+    break;
+  }
+  return text_;
+}
+
+std::optional<std::string> IniText::Read(std::string_view section, std::string_view key) const {
+  const std::optional<SectionPlace> place = FindSection(section);
+  if (!place)
+    return std::nullopt;
+  const std::optional<IniLine> line = FindKey(*place, key);
+  if (!line)
+    return std::nullopt;
+  return std::string(line->value);
+}
+
+void IniText::Write(std::string_view section, std::string_view key, std::string_view value) {
+  const std::string_view section_name = TrimIniBlanks(section);
+  const std::string_view key_name = TrimIniBlanks(key);
+  if (!CanNameSection(section_name) || !CanNameKey(key_name))
+    return;
+  const std::string written = OnOneLine(value);
+  const std::string key_line = std::string(key_name) + "=" + written;
+
+  const std::optional<SectionPlace> place = FindSection(section_name);
+  if (!place) {
+    InsertLine(text_.size(), "[" + std::string(section_name) + "]");
+    InsertLine(text_.size(), key_line);
+    return;
+  }
+  const std::optional<IniLine> line = FindKey(*place, key_name);
+  if (!line)
+    InsertLine(place->keys_end, key_line);
+  else if (line->value != TrimIniBlanks(written))
+    Replace(line->value_begin, line->end, written);
+}
+
+void IniText::DeleteKey(std::string_view section, std::string_view key) {
+  const std::optional<SectionPlace> place = FindSection(section);
+  if (!place)
+    return;
+  if (const std::optional<IniLine> line = FindKey(*place, key))
+    Replace(line->begin, line->next, {});
+}
+
+void IniText::DeleteSection(std::string_view section) {
+  if (const std::optional<SectionPlace> place = FindSection(section))
+    Replace(place->begin, place->keys_end, {});
+}
+
+std::optional<IniText::SectionPlace> IniText::FindSection(std::string_view name) const {
+  std::optional<SectionPlace> place;
+  for (std::size_t at = 0; at < text_.size();) {
+    const IniLine line = ReadIniLine(text_, at);
+    at = line.next;
+    if (line.kind == IniLineKind::Section) {
+      if (place)
+        break;
+      if (SameName(line.name, name))
+        place = SectionPlace{line.begin, line.next, line.next};
+    } else if (place && line.kind == IniLineKind::Key) {
+      place->keys_end = line.next;
+    }
+  }
+  return place;
+}
+
+std::optional<IniLine> IniText::FindKey(const SectionPlace& section, std::string_view name) const {
+  for (std::size_t at = section.keys_begin; at < section.keys_end;) {
+    const IniLine line = ReadIniLine(text_, at);
+    at = line.next;
+    if (line.kind == IniLineKind::Key && SameName(line.name, name))
+      return line;
+  }
+  return std::nullopt;
+}
+
+std::string IniText::LineEnd() const {
+  if (!text_.empty()) {
+    const IniLine first = ReadIniLine(text_, 0);
+    if (first.next > first.end)
+      return text_.substr(first.end, first.next - first.end);
+  }
+  return std::string(kNewFileLineEnd);
+}
+
+void IniText::InsertLine(std::size_t at, std::string line) {
+  const std::string line_end = LineEnd();
+  line += line_end;
+  if (at > 0 && text_[at - 1] != '\n' && text_[at - 1] != '\r')
+    line.insert(0, line_end);
+  Replace(at, at, line);
+}
+
+void IniText::Replace(std::size_t begin, std::size_t end, std::string_view with) {
+  text_.replace(begin, end - begin, with);
+  changed_ = true;
+}
+
+} // namespace kelmio
