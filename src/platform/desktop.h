@@ -60,6 +60,23 @@ public:
   std::function<void()> on_back;
 };
 
+/// A file, folder or address that the desktop is asked to act on. The verb is a word such as "Open"; the show
+/// mode is the platform's number for how the window is to appear, 1 for as usual.
+struct ShellRequest {
+  std::string file;
+  std::string verb;
+  std::string parameters;
+  std::string folder;
+  int show_mode = 1;
+};
+
+/// The desktop's programs for files and addresses. User interface thread only; failures are silent.
+class LinkOpener {
+public:
+  virtual ~LinkOpener() = default;
+  virtual void Open(const ShellRequest& request) = 0;
+};
+
 /// Starting with the session. User interface thread only; failures are silent.
 class AutoStart {
 public:
