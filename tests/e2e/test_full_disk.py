@@ -1,0 +1,60 @@
+"""A disk that runs full during a recording."""
+import os
+import subprocess
+import tempfile
+import unittest
+
+import sound
+from program import RECORDING, Home, Program, main
+from sip_caller import Call
+
+
+@unittest.skipUnless(os.geteuid() == 0, "needs root, to mount a small file system")
+class FullDisk(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.mkdtemp(prefix="kelmio-e2e-")
+        self.addCleanup(os.rmdir, folder)
+        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m", "tmpfs", folder], capture_output=True)
+        if mounted.returncode:
+            self.skipTest("this container may not mount: " + mounted.stderr.decode())
+        self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
+        self.home = Home(folder=folder)
+
+    def call(self, program, seconds):
+        with Call(program.port) as call:
+            call.answered()
+            program.wait_for_log(RECORDING)
+            call.voice.say(sound.voice(seconds))
+            self.assertTrue(program.runs())
+            call.hang_up()
+
+    def test_the_program_and_the_messages_before_survive(self):
+        with Program(self.home) as program:
+            self.call(program, 2)
+            [(name, before)] = self.home.complete_messages(1)
+            sound_before = (self.home.inbox / name).read_bytes()
+
+            filler = self.home.path / "filler"
+            room = os.statvfs(self.home.path)
+            filler.write_bytes(b"x" * max(room.f_bavail * room.f_frsize - 40_000, 0))
+            self.call(program, 4)  # 64,000 bytes
+            self.assertEqual(self.home.messages().get(name), before)
+            self.assertEqual((self.home.inbox / name).read_bytes(), sound_before)
+
+            filler.unlink()
+            mark = program.mark()
+            with Call(program.port, "<sip:5550003@127.0.0.1>") as call:
+                call.answered()
+                program.wait_for_log(RECORDING, mark)
+                call.voice.say(sound.voice(1, seed=9))
+                call.hang_up()
+            program.wait_for_log("Idle", mark)
+            count = len(self.home.messages())
+            last, record = self.home.complete_messages(count)[-1]
+            self.assertEqual(record["Number"], "5550003")
+            arrived = sound.Comparison(sound.voice(1, seed=9), sound.read_wave(self.home.inbox / last))
+            self.assertLessEqual(arrived.damaged, 1, arrived)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,69 @@
+"""What the caller says is what the message holds, and what the greeting holds is what the caller hears."""
+import re
+import time
+
+import sound
+from program import RECORDING, ProgramTestCase, main
+from sip_caller import Call
+
+GREETING = sound.voice(1.5, seed=2)
+SPEECH = sound.voice(9.4, seed=3)
+
+
+class Recording(ProgramTestCase):
+    # A silence limit that is far shorter than the speech: who never pauses is never cut off.
+    HOME = {"greeting": GREETING, "settings": {"RecordingSilenceLength": 1500, "AutoAnswerRingCount": 3}}
+
+    def test_a_call_from_the_first_ring_to_the_complete_entry(self):
+        with Call(self.program.port) as call:
+            call.wait_for(180)
+            call.answered()
+            self.wait_for_log("New call. Ringing: 3")
+            self.wait_for_log(RECORDING)
+            call.voice.say(SPEECH)
+            said = time.monotonic()
+            self.assertTrue(call.ended.wait(10), "silence did not end the call")
+            self.assertGreater(call.ended_at - said, 1.3)
+            self.assertLess(call.ended_at - said, 4.0)
+            heard = call.voice.heard()
+        name, record = self.new_message()
+
+        greeting = sound.Comparison(GREETING, heard)
+        self.assertGreater(greeting.correlation, 0.999, greeting)
+        self.assertEqual(greeting.damaged, 0, greeting)
+
+        recorded = sound.read_wave(self.home.inbox / name)
+        speech = sound.Comparison(SPEECH, recorded)
+        self.assertGreater(speech.correlation, 0.999, speech)
+        self.assertLess(abs(speech.level_db), 0.05, speech)
+        self.assertEqual(speech.damaged, 0, speech)
+
+        self.assertRegex(name, r"^Msg\d{12}\d+\.wav$")
+        self.assertEqual(list(record), ["Name", "Number", "Date", "Time", "Read", "Mode", "Device", "Size", "Length"])
+        self.assertEqual((record["Name"], record["Number"]), ("Jane Sample", "5551234"))
+        self.assertEqual((record["Read"], record["Mode"]), ("False", "Auto"))
+        self.assertEqual(record["Device"], name[15:-4])
+        self.assertEqual(int(record["Size"]), (self.home.inbox / name).stat().st_size)
+        self.assertAlmostEqual(int(record["Length"]), len(recorded) * 1000 / sound.RATE, delta=1)
+        stamp = time.strptime(record["Date"] + record["Time"], "%m/%d/%Y%H:%M:%S")
+        self.assertAlmostEqual(time.mktime(stamp), time.mktime(time.strptime(name[3:15], "%d%m%y%H%M%S")), delta=1)
+
+        caller, number, date, clock = self.home.calls()[-1]
+        self.assertEqual((caller, number), ("Jane Sample", "5551234"))
+        self.assertRegex(date, r"^\d\d/\d\d/\d\d$")
+        self.assertTrue(re.fullmatch(r"(0[1-9]|1[0-2]):\d\d:\d\d [AP]M", clock), clock)
+
+    def test_a_bad_network_costs_few_frames(self):
+        with Call(self.program.port, loss=0.03, jitter=0.03) as call:
+            call.answered()
+            self.wait_for_log(RECORDING)
+            call.voice.say(SPEECH)
+            time.sleep(0.5)  # the packets still under way
+            call.hang_up()
+        name, _ = self.new_message()
+        speech = sound.Comparison(SPEECH, sound.read_wave(self.home.inbox / name))
+        self.assertLessEqual(speech.damaged, 12, speech)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,63 @@
+"""The checker of the includes finds what it is there for."""
+import pathlib
+import tempfile
+import unittest
+
+from check_includes import faults_of_tree
+
+# A file and one include of it.
+SOUND = (
+    ("core/settings.cpp", '"controls/control.h"'),
+    ("telephony/call.cpp", '"telephony/tapi_control/line.h"'),
+    ("telephony/call.cpp", '"messages/store/index.h"'),
+    ("drivers/sip/line.cpp", '"drivers/lines_ini.h"'),
+    ("drivers/sip/line.cpp", "<re.h>"),
+    ("media/wave.cpp", "<sndfile.h>"),
+    ("qt/bind.cpp", "<QWidget>"),
+    ("fakes/line.h", '"telephony/tapi_control/line_driver.h"'),
+    ("shell/frmMain.cpp", "<regex>"),
+    ("app/main.cpp", '"drivers/sip/line.h"'),
+)
+BROKEN = (
+    ("core/settings.cpp", '"telephony/call.h"'),
+    ("telephony/tapi_control/line.h", '"telephony/call.h"'),
+    ("messages/store/index.cpp", '"messages/list.h"'),
+    ("messages/list.cpp", '"contacts/editor.h"'),
+    ("media/wave.cpp", '"drivers/sip/line.h"'),
+    ("drivers/sip/line.cpp", '"drivers/voice_modem/modem.h"'),
+    ("drivers/lines_ini.h", '"drivers/sip/line.h"'),
+    ("fakes/line.h", '"shell/frmMain.h"'),
+    ("shell/frmMain.cpp", '"fakes/line.h"'),
+    ("shell/frmMain.cpp", "<QString>"),
+    ("shell/frmMain.cpp", "<QtCore/QString>"),
+    ("core/settings.cpp", "  # include <re/re.h>"),
+    ("telephony/call.cpp", '"sndfile.h"'),
+    ("core/settings.cpp", '"mIni.h"'),
+    ("attic/old.cpp", "<vector>"),
+)
+
+
+def faults(path, include):
+    with tempfile.TemporaryDirectory() as top:
+        file = pathlib.Path(top, path)
+        file.parent.mkdir(parents=True)
+        line = include if "include" in include else f"#include {include}"
+        file.write_text(f"// A file.\n#include <string>\n{line}\n")
+        return faults_of_tree(pathlib.Path(top))
+
+
+class Checker(unittest.TestCase):
+    def test_lets_pass_what_runs_downwards(self):
+        for sample in SOUND:
+            self.assertEqual(faults(*sample), [], sample)
+
+    def test_finds_each_kind_of_fault_at_its_line(self):
+        for path, include in BROKEN:
+            found = faults(path, include)
+            self.assertTrue(found, (path, include))
+            self.assertTrue(found[0].startswith(path), found)
+            self.assertTrue(path.startswith("attic") or found[0].startswith(path + ":3:"), found)
+
+
+if __name__ == "__main__":
+    unittest.main()
