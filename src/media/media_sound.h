@@ -1,0 +1,33 @@
+// Makes the sound of calls: one for each call, on its own files and thread.
+#pragma once
+
+#include "platform/event_loop.h"
+#include "telephony/tapi_control/call_sound.h"
+
+namespace kelmio {
+
+/// The one real implementation of `CallSoundFactory`. `loop` outlives the factory, each sound and each port.
+///
+/// Threads of one sound:
+/// - the user interface thread calls the operations of `CallSound` and gets every report, through `loop`;
+/// - the driver's sound thread brings and fetches samples at the port, and never touches a file;
+/// - a worker of the sound's own reads the played file ahead into a ring and empties the ring of the recorded
+///   one. It starts with the first file and ends with the sound. Only opening, and finishing a recording, are
+///   done on the user interface thread, because their outcome is wanted there at once.
+///
+/// What goes on beyond what `CallSound` says: digits and busy tone are reported for as long as the driver
+/// brings sound, the rest of the signal watch from `Record` with `watch_signal` until `StopRecord`, also past
+/// the length limit. A length limit of 0 or less is none. Why `Play` or `Record` fails is reported as
+/// `Trouble`.
+class MediaSoundFactory : public CallSoundFactory {
+public:
+  explicit MediaSoundFactory(EventLoop& loop) : loop_(loop) {}
+
+  std::unique_ptr<CallSound> Create(CallSoundEvents& events) override;
+  bool CanRecord(const WaveFormatRecord& format) const override;
+
+private:
+  EventLoop& loop_;
+};
+
+} // namespace kelmio

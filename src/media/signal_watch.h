@@ -1,0 +1,52 @@
+// Listens to the far side of a call.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "media/dtmf_detector.h"
+#include "media/tone_detector.h"
+#include "media/voice_detector.h"
+
+namespace kelmio {
+
+/// Who is told what has been heard; called from inside `SignalWatch::Process`.
+class SignalSink {
+public:
+  virtual ~SignalSink() = default;
+  virtual void HeardSilence() = 0;
+  virtual void HeardVoice() = 0;
+  virtual void HeardTone(int hertz) = 0;
+  virtual void HeardBusyTone() = 0;
+  virtual void HeardDigit(char digit) = 0;
+};
+
+/// Busy tone and digits are always told; silence, voice and steady tones only while watched. It listens all
+/// the time, so that a watch that begins in the middle of a call knows the noise of the line at once.
+/// One thread at a time; allocates only when made.
+class SignalWatch {
+public:
+  static constexpr int kRate = 8000; // samples per second
+
+  explicit SignalWatch(SignalSink& sink) : sink_(sink) {}
+
+  /// Silence or voice is told with the next stretch of sound, then each change between them.
+  void StartWatching();
+  void StopWatching() { watching_ = false; }
+  void Process(std::span<const std::int16_t> samples);
+
+private:
+  void ProcessBlock();
+
+  SignalSink& sink_;
+  VoiceDetector voice_;
+  ToneDetector tones_;
+  DtmfDetector digits_;
+  std::array<std::int16_t, VoiceDetector::kBlock> block_{};
+  std::size_t filled_ = 0;
+  bool watching_ = false;
+  VoiceDetector::State told_ = VoiceDetector::State::Unknown;
+};
+
+} // namespace kelmio
