@@ -1,0 +1,24 @@
+// One binding a kind of control. Each is a child of the widget it serves (see ControlBinding).
+#pragma once
+
+#include <QWidget>
+
+#include "controls/basic_controls.h"
+#include "qt/control_binding.h"
+
+namespace kelmio {
+
+class CommandBars;
+class DockingPanes;
+class ListView;
+
+/// Each returns nothing when the widget is of a kind that can't show the control.
+ControlBinding* BindControl(QWidget& widget, Label& label);
+ControlBinding* BindControl(QWidget& widget, Button& button);
+ControlBinding* BindControl(QWidget& widget, TextBox& box);
+ControlBinding* BindControl(QWidget& widget, ListView& list);
+ControlBinding* BindControl(QWidget& widget, StatusBar& bar);
+ControlBinding* BindControl(QWidget& widget, CommandBars& bars);
+ControlBinding* BindControl(QWidget& widget, DockingPanes& panes);
+
+} // namespace kelmio

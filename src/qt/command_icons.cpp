@@ -1,0 +1,24 @@
+#include "qt/command_icons.h"
+
+#include <QFile>
+
+// Outside the namespace, as the resource compiler wants it: a static library's resources are only linked when asked
+// for.
+static void LoadIcons() {
+  Q_INIT_RESOURCE(desktop);
+}
+
+namespace kelmio {
+
+QIcon CommandIcon(int command) {
+  LoadIcons();
+  const QString path = QStringLiteral(":/icons/%1.svg").arg(command);
+  return QFile::exists(path) ? QIcon(path) : QIcon();
+}
+
+QIcon ProgramIcon() {
+  LoadIcons();
+  return QIcon(QStringLiteral(":/icons/kelmio.svg"));
+}
+
+} // namespace kelmio

@@ -1,0 +1,39 @@
+// A list's rows as the toolkit's table model.
+#pragma once
+
+#include <QAbstractTableModel>
+
+#include <cstdint>
+#include <vector>
+
+#include "controls/list_view.h"
+
+namespace kelmio {
+
+/// A snapshot of a ListView: the widget never reaches into rows that the logic may be changing. Rows and columns
+/// count from 0 here, as the toolkit counts.
+class ListRows : public QAbstractTableModel {
+public:
+  using QAbstractTableModel::QAbstractTableModel;
+
+  /// Takes over the list's present state. The same rows in the same order keep the widget's selection and place;
+  /// otherwise the model is reset, and false comes back.
+  bool Take(const ListView& list);
+
+  /// 0 for a row that isn't there.
+  std::uint64_t KeyOf(const QModelIndex& index) const;
+  /// An invalid index for a key that is gone.
+  QModelIndex IndexOf(std::uint64_t key) const;
+  const std::vector<ListRow>& Rows() const { return rows_; }
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+  std::vector<ListColumn> columns_;
+  std::vector<ListRow> rows_;
+};
+
+} // namespace kelmio

@@ -1,0 +1,36 @@
+#include "qt/qt_desktop.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include "qt/units.h"
+
+namespace kelmio {
+
+namespace {
+
+QSize WorkArea() {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen->availableGeometry().size() : QSize(0, 0);
+}
+
+} // namespace
+
+int QtDesktop::WorkAreaWidth() const {
+  return ToTwips(WorkArea().width());
+}
+
+int QtDesktop::WorkAreaHeight() const {
+  return ToTwips(WorkArea().height());
+}
+
+void QtClipboard::Clear() {
+  QGuiApplication::clipboard()->clear();
+}
+
+void QtClipboard::SetText(const std::string& text) {
+  QGuiApplication::clipboard()->setText(ToText(text));
+}
+
+} // namespace kelmio
