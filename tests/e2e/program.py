@@ -121,7 +121,7 @@ class Home:
 class Program:
     """One run of the program on `home`. `log` is what it said, line by line."""
 
-    def __init__(self, home, ring_period=100, port=None, expect=WAITING):
+    def __init__(self, home, ring_period=500, port=None, expect=WAITING):
         self.home = home
         self.port = port or free_port()
         home.set_line(self.port, ring_period)
@@ -180,7 +180,7 @@ class ProgramTestCase(unittest.TestCase):
     """Test cases that share one run of the program. `HOME` holds the arguments of its `Home`."""
 
     HOME = {}
-    RING_PERIOD = 100
+    RING_PERIOD = 500
 
     @classmethod
     def setUpClass(cls):
