@@ -54,7 +54,7 @@ FakeCallSound::~FakeCallSound() {
 }
 
 bool FakeCallSound::Play(const std::string& path) {
-  if (!std::filesystem::is_regular_file(path))
+  if (factory_.fail_play || !std::filesystem::is_regular_file(path))
     return false;
   playing_ = path;
   return true;

@@ -62,8 +62,10 @@ public:
   FakeCallSound* Current() { return current_; }
   EventLoop& Loop() { return loop_; }
 
-  /// Where recording fails, as on a full disk.
+  /// Recording fails, as on a full disk.
   bool fail_record = false;
+  /// Playing fails, as with a damaged file.
+  bool fail_play = false;
   /// A format tag that this line can't record.
   std::uint16_t unsupported_tag = 0xFFFF;
 

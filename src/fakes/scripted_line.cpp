@@ -19,7 +19,7 @@ bool ScriptedCall::Answer() {
     return false;
   phase_ = Phase::Up;
   ++answers_;
-  line_->Report([call = line_->last_call_](LineEvents& events) { events.Connected(*call); });
+  line_->Report([call = shared_from_this()](LineEvents& events) { events.Connected(*call); });
   return true;
 }
 
@@ -31,28 +31,28 @@ void ScriptedCall::End() {
   if (phase_ == Phase::Over)
     return;
   phase_ = Phase::Over;
-  line_->Report([call = line_->last_call_](LineEvents& events) { events.Disconnected(*call); });
+  line_->Report([call = shared_from_this()](LineEvents& events) { events.Disconnected(*call); });
 }
 
 void ScriptedCall::Ring(int count) {
-  line_->Report([call = line_->last_call_, count](LineEvents& events) { events.Ring(*call, count); });
+  line_->Report([call = shared_from_this(), count](LineEvents& events) { events.Ring(*call, count); });
 }
 
 void ScriptedCall::SendCallerID(const std::string& name, const std::string& number) {
-  line_->Report([call = line_->last_call_, name, number](LineEvents& events) { events.CallerID(*call, name, number); });
+  line_->Report([call = shared_from_this(), name, number](LineEvents& events) { events.CallerID(*call, name, number); });
 }
 
 void ScriptedCall::SendDigit(char digit) {
-  line_->Report([call = line_->last_call_, digit](LineEvents& events) { events.Digit(*call, digit); });
+  line_->Report([call = shared_from_this(), digit](LineEvents& events) { events.Digit(*call, digit); });
 }
 
 void ScriptedCall::FarEndAnswers() {
   phase_ = Phase::Up;
-  line_->Report([call = line_->last_call_](LineEvents& events) { events.Connected(*call); });
+  line_->Report([call = shared_from_this()](LineEvents& events) { events.Connected(*call); });
 }
 
 void ScriptedCall::FarEndIsBusy() {
-  line_->Report([call = line_->last_call_](LineEvents& events) { events.Busy(*call); });
+  line_->Report([call = shared_from_this()](LineEvents& events) { events.Busy(*call); });
 }
 
 void ScriptedCall::FarEndHangsUp() {

@@ -13,7 +13,7 @@ namespace kelmio {
 class ScriptedLine;
 
 /// One call of the scripted line. What it reports comes from closures of their own, as from a real driver.
-class ScriptedCall : public DeviceCall {
+class ScriptedCall : public DeviceCall, public std::enable_shared_from_this<ScriptedCall> {
 public:
   enum class Phase { Ringing, Dialing, OffHook, Up, Over };
 

@@ -97,7 +97,9 @@ TAPIResult TAPICall::PlayFile(const std::string& path) {
   if (Ended())
     return TAPIResult::CallEnded;
   if (!Sound()->Play(path)) {
+    // The end of a file with nothing to play comes at once: a damaged greeting must not cost the message.
     line_->Service().Log("Can't play " + path);
+    line_->Service().Loop().Post([self = shared_from_this()] { self->PlayDone(); });
     return TAPIResult::BadFile;
   }
   line_->Service().Log("Playing " + path);
@@ -188,7 +190,6 @@ void TAPICall::PlayDone() {
   if (Ended())
     return;
   const auto self = shared_from_this();
-  line_->Service().Log("Played to the end");
   line_->Tell([&](TAPIExCtl& control) { control.OnPlayDone(self); });
 }
 

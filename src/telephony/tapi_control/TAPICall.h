@@ -43,7 +43,8 @@ public:
   /// `OnDisConnected`, `OnIdle` and `OnEndCall` follow. Nothing happens on a call that has ended.
   void Hangup();
 
-  /// Plays a wave file into the line; `OnPlayDone` follows at its end.
+  /// Plays a wave file into the line; `OnPlayDone` follows at its end, and at once where the file can't be
+  /// played.
   TAPIResult PlayFile(const std::string& path);
   void StopPlay();
 

@@ -1,6 +1,7 @@
 #include "telephony/tapi_control/shared_line.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "telephony/tapi_control/TAPIExCtl.h"
 #include "telephony/tapi_control/TAPILine.h"
@@ -27,7 +28,8 @@ void SharedLine::Close(TAPILine& line) {
   // The main window answers the calls: what it lets go of must not stay up behind its back.
   if (!open_lines_.empty() && !(line.Control() != nullptr && line.Control()->IsMain()))
     return;
-  for (const auto& call : calls_) {
+  // The closing window hears the end too, so that what the device reports of it meanwhile must not come first.
+  for (const auto& call : std::exchange(calls_, {})) {
     call->Device().Hangup();
     service_.Loop().Post([self = shared_from_this(), call, audience] { self->EndNow(call, audience); });
   }

@@ -1,0 +1,78 @@
+// Builds every object and wires them: the only place that knows all concrete types.
+#include <QApplication>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+
+#include "app/stderr_journal.h"
+#include "app/system_clock.h"
+#include "core/mGeneral.h"
+#include "core/program_paths.h"
+#include "core/registry_hive.h"
+#include "core/settings.h"
+#include "drivers/lines_file.h"
+#include "drivers/sip/sip_driver.h"
+#include "media/media_sound.h"
+#include "media/wave_device.h"
+#include "qt/form_factory.h"
+#include "qt/look.h"
+#include "qt/qt_desktop.h"
+#include "qt/qt_event_loop.h"
+#include "qt/qt_tray.h"
+#include "qt/unix_signals.h"
+#include "qt/xdg_auto_start.h"
+#include "shell/frmMain.h"
+#include "telephony/tapi_control/line_service.h"
+
+namespace kelmio {
+
+int Run(QApplication& application) {
+  const std::string executable = QCoreApplication::applicationFilePath().toStdString();
+  const Surroundings surroundings = ProcessSurroundings();
+  const std::string app_path = ChooseAppPath(surroundings, executable);
+  std::error_code ignored;
+  if (!std::filesystem::exists(app_path, ignored)) {
+    mGeneral::EnsureFolder(app_path);
+    // Messages are nobody else's business.
+    std::filesystem::permissions(app_path, std::filesystem::perms::owner_all, ignored);
+  }
+
+  QtEventLoop loop;
+  QtTimerService timers;
+  const SystemClock clock;
+  StderrJournal journal(clock);
+  RegistryHive registry(ChooseRegistryPath(surroundings, executable));
+  QtDesktop desktop;
+  QtClipboard clipboard;
+  QtTray tray;
+  XdgAutoStart auto_start(XdgAutoStart::DefaultFolder());
+  WaveDevice mmc;
+  MediaSoundFactory sounds(loop);
+  LineService lines(loop, sounds);
+  LinesFile lines_file(app_path + "Lines.ini");
+  lines.AddDriver(std::make_unique<SipDriver>(loop, ReadSipSettings(lines_file)));
+
+  AppState app;
+  Settings settings;
+  frmMain main_form({app, settings, loop, timers, clock, registry, desktop, clipboard, tray, auto_start, mmc, journal,
+                     lines, app_path, executable});
+  ApplyLook(application, DesktopScheme(application));
+  const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
+  const UnixSignals signals([&](int) { main_form.Unload(); });
+  main_form.Load();
+  main_form.Visible = true;
+  return QApplication::exec();
+}
+
+} // namespace kelmio
+
+int main(int argc, char** argv) {
+  // A peer that closes a connection or a terminal that goes away is no reason to end.
+  std::signal(SIGPIPE, SIG_IGN);
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("kelmio");
+  QApplication::setDesktopFileName("kelmio");
+  QApplication::setQuitOnLastWindowClosed(false);
+  return kelmio::Run(application);
+}

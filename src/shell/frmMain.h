@@ -1,0 +1,171 @@
+// The main window: it owns what lives for the whole run and hands events on to the subjects.
+#pragma once
+
+#include <string>
+
+#include "calls/log/call_log.h"
+#include "contacts/store/contact_table.h"
+#include "controls/basic_controls.h"
+#include "controls/command_bars.h"
+#include "controls/docking_panes.h"
+#include "controls/form.h"
+#include "controls/spectrum_view.h"
+#include "controls/timer.h"
+#include "core/app_state.h"
+#include "core/settings.h"
+#include "core/startup.h"
+#include "messages/message_list.h"
+#include "messages/store/message_store.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/event_loop.h"
+#include "platform/journal.h"
+#include "platform/multimedia_device.h"
+#include "platform/registry_store.h"
+#include "telephony/call_context.h"
+#include "telephony/call_handling.h"
+#include "telephony/call_monitor.h"
+#include "telephony/frmOutput.h"
+#include "telephony/message_recording.h"
+#include "telephony/system_control.h"
+#include "telephony/tapi_control/TAPIExCtl.h"
+
+namespace kelmio {
+
+/// User interface thread only. Everything in `House` outlives the window.
+class frmMain : public Form, private CallHost, private MessageListHost, private StartupHost {
+public:
+  struct House {
+    AppState& app;
+    Settings& settings;
+    EventLoop& loop;
+    TimerService& timers;
+    const Clock& clock;
+    RegistryStore& registry;
+    Desktop& desktop;
+    Clipboard& clipboard;
+    Tray& tray;
+    AutoStart& auto_start;
+    MultimediaDevice& mmc;
+    Journal& journal;
+    LineService& lines;
+    std::string app_path;   // the program's folder with a closing separator
+    std::string executable; // full path
+  };
+  explicit frmMain(const House& house);
+  ~frmMain() override;
+
+  // The order of the members is the order of their making: who is asked stands before who asks.
+private:
+  House house_;
+
+public:
+  CommandBars CommandBars1;
+  DockingPanes DockingPaneManager;
+  StatusBar sbStatusBar;
+  Label MsgsTitleCaption;
+  SpectrumView WaveView;
+  Timer tmrLoaded;
+  Timer tmrHide;
+
+  TAPIExCtl mTAPIEx;
+  CallContext Context;
+  frmOutput Output;
+
+private:
+  ContactTable contacts_;
+  CallLog call_log_;
+  MessageStore messages_;
+  MessageList message_list_;
+  CallMonitor monitor_;
+  SystemControl system_;
+  MessageRecording recording_;
+  CallHandling calls_;
+
+public:
+  ListView& lvwCalls;
+  Timer& tmrCallTime;
+  Timer& tmrSilence;
+
+  /// The load of the window, before it is shown: the first half of the start.
+  void Load();
+  bool QueryUnload() override;
+  /// Closes the line, leaves the desktop and ends the loop. A second call does nothing.
+  void Unload() override;
+
+  /// Runs a command of the table; other numbers do nothing.
+  void ExecuteCommand(int id);
+  /// Brings enabled and checked states up to date before a surface is shown.
+  void UpdateCommands();
+  void HideToTray();
+  void ShowFromTray();
+
+  void SetSystemStatus() override { system_.SetSystemStatus(); }
+  void RestartSystem() { system_.RestartSystem(); }
+  void AnswerCall() { calls_.AnswerCall(); }
+  void DialCall(const std::string& number) { calls_.DialCall(number); }
+  void RecordCallManual() { calls_.RecordCallManual(); }
+  void StopRecord() { recording_.StopRecord(); }
+  void RefreshMessageList() override { message_list_.RefreshMessageList(); }
+
+  std::string_view Name() const override { return "frmMain"; }
+  void VisitControls(ControlVisitor& visitor) override;
+
+private:
+  // CallHost
+  void SetPanel(std::size_t panel, const std::string& text) override;
+  void EnableCommand(int command, bool enabled) override;
+  void ShowNewCallAlert(const std::string& name, const std::string& number) override;
+  void SetWaveViewFormat(long number_b, long number_a) override;
+  void DrawWave(std::span<const std::byte> samples) override;
+
+  // MessageListHost
+  void SetCallCount(const std::string& text) override;
+  void PreviewMessage() override;
+  void PumpEvents() override;
+
+  // StartupHost
+  void PlaceWindow() override;
+  void ReadSettings() override;
+  void DetectThemeStyle() override;
+  void BuildCommandBars() override;
+  void MeasureScreen() override;
+  void SetFolderPaths() override;
+  void CreatePanes() override;
+  void DisableAnswer() override { EnableCommand(kCommandAnswer, false); }
+  void SetLoaded(bool loaded) override { house_.app.AppLoaded = loaded; }
+  void EnsureFolders() override;
+  void CreateListColumns() override { message_list_.CreateColumns(); }
+  void RestoreLayout() override;
+  void RegisterHotKey() override;
+  void CreateTrayIcon() override;
+  void PrepareAutoStartUp() override;
+  void StartLoadTimers() override;
+  void ShowActivity(const char* text) override { SetPanel(kPanelActivity, text); }
+  void LoadContacts() override;
+  void InitializeTelephony() override;
+  void DetectDeviceIfNone() override;
+  void CloseLine() override;
+  void UnregisterHotKey() override;
+  void ShutdownTelephony() override { mTAPIEx.Shutdown(); }
+  void RemoveTrayIcon() override;
+  void StopPlayback() override;
+  void UnloadOtherForms() override;
+  bool IsMinimized() const override { return State == WindowState::Minimized; }
+  void SaveWindowPlace() override;
+  void SaveLayout() override;
+
+  /// Where a store says that it could not keep something: the status pane.
+  TroubleSink Trouble();
+  void tmrLoaded_Timer();
+  void tmrHide_Timer();
+  void ToggleSystem();
+  void SwitchSystem(bool on);
+  void ToggleStatusBar();
+  void TogglePane(int pane);
+
+  bool unloaded_ = false;
+  CommandBar tray_popup_;
+};
+
+} // namespace kelmio

@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+
+#include "support/desk.h"
+
+namespace kelmio::test {
+namespace {
+
+std::string StoredText(const FakeRegistryStore& registry, const std::string& name) {
+  const auto value = registry.Query(kHkeyLocalMachine, "Software\\Ardelta\\Kelmio\\Settings", name);
+  return value ? value->bytes : "(none)";
+}
+
+TEST(Start, ComesUpFromNothingWithDefaultsAndFolders) {
+  Desk desk;
+  desk.form.Load();
+  EXPECT_EQ(desk.form.Left, 1000);
+  EXPECT_EQ(desk.form.Top, 1000);
+  EXPECT_EQ(desk.form.Width, 11685);
+  EXPECT_EQ(desk.form.Height, 8085);
+  EXPECT_FALSE(desk.ToolbarEnabled(kCommandAnswer));
+  EXPECT_FALSE(desk.line->IsOpen()) << "the line is opened last";
+  for (const char* folder : {"Photos", "Sound", "Messages/Inbox", "Messages/Deleted"})
+    EXPECT_TRUE(std::filesystem::is_directory(desk.home.Path() + folder)) << folder;
+  EXPECT_EQ(desk.auto_start.enabled_for, "/opt/kelmio/kelmio");
+  EXPECT_EQ(desk.tray.tool_tip, "Kelmio Standard");
+  EXPECT_EQ(desk.app.ScreenWidth, desk.desktop.width);
+
+  desk.Wait(5);
+  EXPECT_TRUE(desk.line->IsOpen());
+  EXPECT_EQ(desk.Panel(4), "0 Calls");
+  EXPECT_FALSE(desk.form.tmrLoaded.Enabled());
+  EXPECT_FALSE(std::filesystem::exists(desk.Index()));
+}
+
+TEST(Start, HidesToTheTrayASecondLaterAndComesBackByADoubleClick) {
+  Desk desk;
+  desk.Start();
+  desk.form.Visible = true;
+  desk.Wait(994);
+  EXPECT_TRUE(desk.form.Visible);
+  desk.Wait(1);
+  EXPECT_FALSE(desk.form.Visible);
+  desk.tray.on_double_click();
+  EXPECT_TRUE(desk.form.Visible);
+  EXPECT_TRUE(desk.form.QueryUnload()) << "the close box only hides";
+  EXPECT_FALSE(desk.form.Visible);
+  EXPECT_TRUE(desk.line->IsOpen());
+}
+
+TEST(Start, NeverLosesTheWindowWhereThereIsNoTray) {
+  Desk desk;
+  desk.tray.available = false;
+  desk.Start();
+  desk.form.Visible = true;
+  desk.Wait(2000);
+  EXPECT_TRUE(desk.form.Visible);
+  desk.form.ExecuteCommand(command::kHide);
+  EXPECT_TRUE(desk.form.Visible);
+  EXPECT_EQ(desk.form.State, WindowState::Minimized);
+  EXPECT_FALSE(desk.form.QueryUnload()) << "the close box ends the program";
+}
+
+TEST(Start, FindsTheClassicColourSchemeOfTheDesktop) {
+  Desk desk;
+  desk.desktop.style = VisualStyle{"C:\\Themes\\Luna.msstyles", "HomeStead"};
+  desk.form.Load();
+  EXPECT_EQ(desk.app.ThemeStyle, 2);
+}
+
+TEST(Shutdown, ClosesARunningRecordingBeforeTheLineAndSavesTheLayout) {
+  Desk desk;
+  desk.Start();
+  desk.form.CommandBars1.SaveState = [] { return std::string("bars"); };
+  desk.AnsweredCall();
+  FakeCallSound* const sound = desk.sounds.Current();
+  EXPECT_NE(sound->Recording(), "");
+  desk.form.Left = 4500;
+  desk.form.ExecuteCommand(command::kExit);
+  EXPECT_EQ(sound->Recording(), "");
+  EXPECT_FALSE(desk.line->IsOpen());
+  EXPECT_FALSE(desk.tray.Created());
+  EXPECT_TRUE(desk.loop.QuitAsked());
+  EXPECT_EQ(StoredText(desk.registry, "MainLeft"), "4500");
+  EXPECT_EQ(StoredText(desk.registry, "CommandBarsStateString"), "bars");
+
+  // The next start finds the message whole.
+  Desk next;
+  std::filesystem::create_directory(next.home.Path() + "Messages");
+  std::filesystem::copy(desk.home.Path() + "Messages/Inbox", next.home.Path() + "Messages/Inbox",
+                        std::filesystem::copy_options::recursive);
+  next.Start();
+  ASSERT_EQ(next.form.lvwCalls.RowCount(), 1U);
+  EXPECT_EQ(next.form.lvwCalls.Row(1).cells[1], "Jane Sample");
+}
+
+TEST(Shutdown, KeepsTheLastPlaceOfAMinimisedWindow) {
+  Desk desk;
+  desk.Store("MainLeft", "2000");
+  desk.Start();
+  desk.form.Left = 4500;
+  desk.form.State = WindowState::Minimized;
+  desk.form.Unload();
+  EXPECT_EQ(StoredText(desk.registry, "MainLeft"), "2000");
+}
+
+TEST(Commands, TogglesTheStatusBarAndStoresIt) {
+  Desk desk;
+  desk.Start();
+  desk.form.ExecuteCommand(command::kStatusBar);
+  EXPECT_FALSE(desk.form.sbStatusBar.Visible);
+  EXPECT_EQ(StoredText(desk.registry, "MainStatusBarState"), "False");
+  desk.form.ExecuteCommand(command::kStatusWindow);
+  desk.form.UpdateCommands();
+  EXPECT_FALSE(desk.form.CommandBars1.MenuBar().Find(command::kStatusWindow)->checked);
+  EXPECT_FALSE(desk.form.CommandBars1.MenuBar().Find(command::kStatusBar)->checked);
+}
+
+TEST(Commands, MarksTheSystemsStateInTheTrayMenu) {
+  Desk desk;
+  desk.Start();
+  CommandBar popup = desk.tray.on_popup();
+  EXPECT_TRUE(popup.Find(command::kSystemOn)->checked);
+  desk.tray.on_command(command::kSystemOff);
+  popup = desk.tray.on_popup();
+  EXPECT_TRUE(popup.Find(command::kSystemOff)->checked);
+  EXPECT_FALSE(popup.Find(command::kSystemOn)->checked);
+}
+
+TEST(MessageList, TurnsTheOrderRoundAtASecondClickAndStoresIt) {
+  Desk desk;
+  desk.Start();
+  for (const char* name : {"Anna", "bert", "Carl"}) {
+    const auto call = desk.Incoming();
+    call->SendCallerID(name, "1");
+    for (int ring = 1; ring <= 4; ++ring)
+      desk.Ring(*call, ring);
+    call->FarEndHangsUp();
+    desk.Wait(1000);
+  }
+  const auto names = [&] {
+    std::vector<std::string> list;
+    for (const ListRow& row : desk.form.lvwCalls.Rows())
+      list.push_back(row.cells[1]);
+    return list;
+  };
+  EXPECT_THAT(names(), ::testing::ElementsAre("Anna", "bert", "Carl"));
+  desk.form.lvwCalls.ColumnClick(2);
+  EXPECT_THAT(names(), ::testing::ElementsAre("Anna", "Carl", "bert"));
+  desk.form.lvwCalls.ColumnClick(2);
+  EXPECT_THAT(names(), ::testing::ElementsAre("bert", "Carl", "Anna"));
+  EXPECT_EQ(StoredText(desk.registry, "MessagesSortBy"), "-2");
+}
+
+} // namespace
+} // namespace kelmio::test

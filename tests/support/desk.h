@@ -1,0 +1,101 @@
+// The whole program without a toolkit: the main window on a scripted line, with the time moved by hand.
+#pragma once
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/mIni.h"
+#include "fakes/fake_call_sound.h"
+#include "fakes/fake_desktop.h"
+#include "fakes/fake_loop.h"
+#include "fakes/scripted_line.h"
+#include "shell/command_table.h"
+#include "shell/frmMain.h"
+#include "support/temporary_folder.h"
+
+namespace kelmio::test {
+
+class MemoryJournal : public Journal {
+public:
+  void Write(const std::string& line) override { lines.push_back(line); }
+  std::vector<std::string> lines;
+};
+
+struct Desk {
+  static constexpr std::uint32_t kVoice = media_mode::kInteractiveVoice | media_mode::kAutomatedVoice;
+
+  explicit Desk(std::vector<std::shared_ptr<ScriptedLine>> other_lines = {}) {
+    if (other_lines.empty())
+      other_lines.push_back(line);
+    lines.AddDriver(std::make_unique<ScriptedDriver>(std::move(other_lines)));
+  }
+
+  /// Stores a setting before the start.
+  void Store(const std::string& name, const std::string& text) {
+    registry.Set(kHkeyLocalMachine, "Software\\Ardelta\\Kelmio\\Settings", name, {registry_type::kText, text});
+  }
+  /// The start up to the open line.
+  void Start() {
+    form.Load();
+    loop.Advance(std::chrono::milliseconds(5));
+  }
+  void Wait(int milliseconds) { loop.Advance(std::chrono::milliseconds(milliseconds)); }
+  void Run() { loop.RunPending(); }
+
+  std::shared_ptr<ScriptedCall> Incoming() {
+    auto call = line->Incoming();
+    Run();
+    return call;
+  }
+  void Ring(ScriptedCall& call, int count) {
+    call.Ring(count);
+    Run();
+  }
+  /// A call with caller ID that has been answered on the fourth ring.
+  std::shared_ptr<ScriptedCall> AnsweredCall() {
+    auto call = Incoming();
+    Ring(*call, 1);
+    call->SendCallerID("Jane Sample", "5551234");
+    for (int ring = 2; ring <= 4; ++ring)
+      Ring(*call, ring);
+    return call;
+  }
+  void MakeGreeting() { std::ofstream(home.Path() + "Sound/Greeting.wav") << "greeting"; }
+
+  const std::string& Panel(std::size_t panel) const { return form.sbStatusBar.PanelText(panel); }
+  bool ToolbarEnabled(int id) { return form.CommandBars1.ToolBars().front().Find(id)->enabled; }
+  std::string Index() const { return home.Path() + "Messages/Inbox/Messages.ini"; }
+  std::vector<std::string> Messages() const { return mIni::IniSectionNames(Index()); }
+  std::string Entry(const std::string& message, const std::string& key) const {
+    return mIni::IniRead(message, key, Index());
+  }
+  /// The values of the call log in file order.
+  std::vector<std::string> Log() const {
+    std::vector<std::string> values;
+    const std::string file = home.Path() + "CallLog.ini";
+    for (const std::string& key : mIni::IniSectionKeys("Calls", file))
+      values.push_back(mIni::IniRead("Calls", key, file));
+    return values;
+  }
+
+  TemporaryFolder home;
+  FakeLoop loop;
+  FakeRegistryStore registry;
+  FakeDesktop desktop;
+  FakeClipboard clipboard;
+  FakeTray tray;
+  FakeAutoStart auto_start;
+  FakeMultimediaDevice mmc;
+  MemoryJournal journal;
+  FakeSoundFactory sounds{loop};
+  LineService lines{loop, sounds};
+  std::shared_ptr<ScriptedLine> line = std::make_shared<ScriptedLine>(loop, 3, kVoice);
+  AppState app;
+  Settings settings;
+  frmMain form{{app, settings, loop, loop, loop, registry, desktop, clipboard, tray, auto_start, mmc, journal, lines,
+                home.Path(), "/opt/kelmio/kelmio"}};
+};
+
+} // namespace kelmio::test

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace kelmio::test {
+
+/// A folder of its own for one test, gone afterwards.
+class TemporaryFolder {
+public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "kelmio-test-XXXXXX").string();
+    path_ = ::mkdtemp(pattern.data());
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+
+  /// With its closing separator.
+  std::string Path() const { return path_ + "/"; }
+
+private:
+  std::string path_;
+};
+
+} // namespace kelmio::test
