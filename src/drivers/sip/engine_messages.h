@@ -1,0 +1,40 @@
+// What crosses between the user interface thread and the engine thread of a SIP line.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "telephony/tapi_control/line_driver.h"
+
+namespace kelmio {
+
+/// Calls are known on both sides by a number that is never used twice while a line is open.
+using SipCallNumber = std::uint64_t;
+
+/// From the user interface thread to the engine.
+struct SipCommand {
+  enum class Kind { Answer, Hangup, SetSoundPort, Dial, Quit };
+  Kind kind = Kind::Quit;
+  SipCallNumber call = 0;
+  std::string text{};                // what to dial
+  std::shared_ptr<SoundPort> port{}; // for `SetSoundPort`
+};
+
+/// From the engine to the user interface thread.
+struct SipReport {
+  enum class Kind { NewCall, Ring, CallerID, State, Connected, Busy, Digit, Disconnected, Log };
+  Kind kind = Kind::Log;
+  SipCallNumber call = 0;
+  int count = 0;      // of a ring
+  std::string name{}; // of a caller
+  std::string text{}; // number of a caller, or a word for the log
+  CallState state = CallState::Unknown;
+  char digit = 0;
+};
+
+/// Called on the engine thread.
+using SipReportSink = std::function<void(SipReport)>;
+
+} // namespace kelmio

@@ -1,0 +1,254 @@
+#include "drivers/sip/media_session.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+
+namespace kelmio {
+
+namespace {
+
+constexpr std::chrono::milliseconds kFrameTime{20};
+constexpr std::uint32_t kFrameBytes = JitterBuffer::kFrameUnits;
+// Ports are even by custom (RFC 3550 section 11); the system hands out any.
+constexpr int kPortAttempts = 16;
+// A peer behind an address translator speaks from another port than it named. It is believed when nothing has
+// come from the named one for this long.
+constexpr std::chrono::milliseconds kGraceForNamedPort{500};
+// Frames that are made up for a process that did not run for a while; more than that is not a slow moment any more.
+constexpr std::uint64_t kMostFramesAtOnce = 3000;
+// Of those only the last few are sent: the peer has no use for a burst.
+constexpr std::uint64_t kMostPacketsAtOnce = 10;
+// Frames with no sample above this are silence in which time may be adjusted (some -50 dB of full scale).
+constexpr int kSilentSample = 100;
+// How much of what follows a hole is looked at.
+constexpr std::uint32_t kFramesAhead = 5;
+
+bool IsSilent(std::span<const std::int16_t> samples) {
+  return std::all_of(samples.begin(), samples.end(), [](std::int16_t s) { return std::abs(s) <= kSilentSample; });
+}
+
+} // namespace
+
+MediaSession::MediaSession(MediaEvents& events, std::chrono::milliseconds lost_peer)
+    : events_(events), lost_peer_(lost_peer) {
+  std::random_device random;
+  // RFC 3550 section 5.1 asks for unpredictable starts.
+  own_ssrc_ = random();
+  sequence_ = static_cast<std::uint16_t>(random());
+  timestamp_ = random();
+  UseDecoder(AudioCoding::Pcmu);
+  encoder_ = std::make_unique<AudioCodec>(AudioCoding::Pcmu);
+}
+
+MediaSession::~MediaSession() = default;
+
+bool MediaSession::Bind(const sa& address) {
+  for (int attempt = 0; attempt < kPortAttempts; ++attempt) {
+    sa wanted = address;
+    sa_set_port(&wanted, 0);
+    udp_sock* socket = nullptr;
+    if (udp_listen(&socket, &wanted, &MediaSession::Arrived, this) != 0)
+      return false;
+    socket_.reset(socket);
+    if (udp_local_get(socket, &local_) != 0)
+      return false;
+    if (sa_port(&local_) % 2 == 0)
+      break;
+  }
+  return true;
+}
+
+void MediaSession::SetTerms(const MediaTerms& terms) {
+  const bool moved = !terms_ || !sa_cmp(&terms_->peer, &terms.peer, SA_ALL);
+  if (moved) {
+    latched_.reset();
+    latched_exactly_ = false;
+    waiting_since_.reset();
+  }
+  if (!terms_ || terms_->send_coding != terms.send_coding)
+    encoder_ = std::make_unique<AudioCodec>(terms.send_coding);
+  if (!terms_ || terms_->send_coding != terms.send_coding)
+    UseDecoder(terms.send_coding);
+  if (!terms_ || terms_->OnHold() != terms.OnHold())
+    frames_unheard_ = 0;
+  terms_ = terms;
+}
+
+void MediaSession::UseDecoder(AudioCoding coding) {
+  if (decoder_ && decoder_->Coding() == coding)
+    return;
+  decoder_ = std::make_unique<AudioCodec>(coding);
+  concealment_ = std::make_unique<Concealment>(decoder_->Rate());
+  jitter_.Reset();
+}
+
+void MediaSession::Start() {
+  if (started_)
+    return;
+  started_ = true;
+  timer_.StartRepeating(std::chrono::milliseconds{0}, kFrameTime, [this](std::uint64_t elapsed) { Ticks(elapsed); });
+}
+
+// --- receiving
+
+void MediaSession::Arrived(const sa* source, mbuf* packet, void* self) {
+  auto* session = static_cast<MediaSession*>(self);
+  const auto rtp = ReadRtpPacket({mbuf_buf(packet), mbuf_get_left(packet)});
+  if (rtp && session->terms_)
+    session->Receive(*source, *rtp);
+}
+
+bool MediaSession::IsPeer(const sa& source) {
+  if (sa_cmp(&source, &terms_->peer, SA_ALL)) {
+    if (!latched_exactly_) {
+      latched_ = source;
+      latched_exactly_ = true;
+    }
+    return true;
+  }
+  if (latched_)
+    return !latched_exactly_ && sa_cmp(&source, &*latched_, SA_ALL);
+  if (!sa_cmp(&source, &terms_->peer, SA_ADDR))
+    return false;
+  const Time now = std::chrono::steady_clock::now();
+  if (!waiting_since_)
+    waiting_since_ = now;
+  if (now - *waiting_since_ < kGraceForNamedPort)
+    return false;
+  latched_ = source;
+  return true;
+}
+
+void MediaSession::Receive(const sa& source, const RtpPacket& packet) {
+  const bool event = packet.payload_type == terms_->event_type;
+  const auto coding = terms_->CodingOf(packet.payload_type);
+  if ((!event && !coding) || !IsPeer(source))
+    return;
+  frames_unheard_ = 0;
+  if (event) {
+    if (const auto digit = digits_.Put(packet, std::chrono::steady_clock::now()))
+      events_.DigitHeard(*digit);
+    return;
+  }
+  // On hold the peer may play music; the line's own silence is what is recorded then.
+  if (terms_->OnHold())
+    return;
+  if (ssrc_ != packet.ssrc) {
+    ssrc_ = packet.ssrc;
+    jitter_.Reset();
+  }
+  UseDecoder(*coding);
+  jitter_.Put(packet.timestamp, packet.marker, packet.payload);
+}
+
+// --- the tick
+
+void MediaSession::Ticks(std::uint64_t elapsed) {
+  const std::uint64_t frames = std::min(elapsed, kMostFramesAtOnce);
+  for (std::uint64_t i = 0; i < frames; ++i) {
+    Hear();
+    Say(frames - i <= kMostPacketsAtOnce);
+  }
+  frames_unheard_ += frames;
+  if (!WatchPeer())
+    events_.PeerLost();
+}
+
+bool MediaSession::WatchPeer() {
+  const bool watched = terms_ && !terms_->OnHold();
+  return !watched || frames_unheard_ * kFrameTime < lost_peer_;
+}
+
+void MediaSession::Hear() {
+  heard_.assign(kFrameBytes * decoder_->SamplesPerByte(), 0);
+  const bool on_hold = !terms_ || terms_->OnHold();
+  if (!on_hold) {
+    DecodeInto(heard_, jitter_.Pull());
+    if (const auto advice = jitter_.Adjustment(); advice != JitterBuffer::Advice::None && IsSilent(heard_)) {
+      // One silent frame less, or the same silence once more in a frame's time: `LookBack` is not needed, for
+      // silence sounds the same either way.
+      if (advice == JitterBuffer::Advice::DropFrame)
+        DecodeInto(heard_, jitter_.Pull());
+      jitter_.Adjusted(advice);
+    }
+  }
+  if (port_)
+    port_->Received(heard_, decoder_->Rate());
+}
+
+void MediaSession::DecodeInto(std::span<std::int16_t> samples, const JitterBuffer::Frame& frame) {
+  const std::size_t per_byte = decoder_->SamplesPerByte();
+  // Packets of other lengths than the frame leave runs of bytes and holes in it.
+  for (std::size_t start = 0; start < kFrameBytes;) {
+    std::size_t end = start;
+    while (end < kFrameBytes && frame.present[end] == frame.present[start])
+      ++end;
+    const auto run = samples.subspan(start * per_byte, (end - start) * per_byte);
+    if (frame.present[start]) {
+      decoder_->Decode(std::span(frame.bytes).subspan(start, end - start), run);
+      concealment_->Heard(run);
+    } else {
+      const std::size_t more = LookAhead(frame, end) * per_byte;
+      concealment_->Fill(run, more, after_);
+    }
+    start = end;
+  }
+}
+
+std::size_t MediaSession::LookAhead(const JitterBuffer::Frame& frame, std::size_t from) {
+  after_.clear();
+  // A decoder with a memory can't try what comes later.
+  if (!decoder_->Stateless())
+    return 0;
+  std::size_t hole = 0;
+  std::vector<std::uint8_t> coded;
+  const auto look_at = [&](const JitterBuffer::Frame& looked_at, std::size_t start) {
+    for (std::size_t i = start; i < kFrameBytes; ++i) {
+      if (looked_at.present[i])
+        coded.push_back(looked_at.bytes[i]);
+      else if (coded.empty())
+        ++hole;
+      else
+        return false;
+    }
+    return true;
+  };
+  bool more = look_at(frame, from);
+  for (std::uint32_t i = 0; more && i < kFramesAhead; ++i)
+    more = look_at(jitter_.Peek(i), 0);
+  after_.resize(coded.size());
+  decoder_->Decode(coded, after_);
+  return hole;
+}
+
+void MediaSession::Say(bool transmit) {
+  said_.assign(kFrameBytes * encoder_->SamplesPerByte(), 0);
+  if (port_)
+    port_->ToSend(said_, encoder_->Rate());
+  std::array<std::uint8_t, kFrameBytes> coded{};
+  encoder_->Encode(said_, coded);
+  const bool wanted = terms_ && terms_->may_send;
+  if (transmit && wanted)
+    Transmit(coded);
+  else
+    mark_next_ = true;
+  timestamp_ += kFrameBytes;
+}
+
+void MediaSession::Transmit(std::span<const std::uint8_t> payload) {
+  RtpPacket packet;
+  packet.marker = mark_next_;
+  packet.payload_type = static_cast<std::uint8_t>(terms_->send_type);
+  packet.sequence = sequence_++;
+  packet.timestamp = timestamp_;
+  packet.ssrc = own_ssrc_;
+  packet.payload = payload;
+  mark_next_ = false;
+  WriteRtpPacket(packet, packet_);
+  mbuf buffer{packet_.data(), packet_.size(), 0, packet_.size()};
+  const sa& destination = latched_ ? *latched_ : terms_->peer;
+  udp_send(socket_.get(), &destination, &buffer);
+}
+
+} // namespace kelmio

@@ -1,0 +1,111 @@
+#include "drivers/sip/sdp_negotiation.h"
+
+#include <cerrno>
+
+namespace kelmio {
+
+namespace {
+
+constexpr char kTelephoneEvent[] = "telephone-event";
+
+struct OfferedCoding {
+  const char* id;
+  const char* name;
+  AudioCoding coding;
+};
+// In order of preference, wideband first. G.722 names a clock of 8000 for historical reasons (RFC 3551 4.5.2).
+constexpr std::array kCodings = {OfferedCoding{"9", "G722", AudioCoding::G722},
+                                 OfferedCoding{"8", "PCMA", AudioCoding::Pcma},
+                                 OfferedCoding{"0", "PCMU", AudioCoding::Pcmu}};
+
+std::optional<AudioCoding> CodingOfFormat(const sdp_format& format) {
+  for (const OfferedCoding& known : kCodings)
+    if (str_casecmp(format.name, known.name) == 0)
+      return known.coding;
+  return std::nullopt;
+}
+
+} // namespace
+
+std::optional<AudioCoding> MediaTerms::CodingOf(int type) const {
+  if (type < 0 || type >= static_cast<int>(receives.size()) || !receives[static_cast<std::size_t>(type)])
+    return std::nullopt;
+  switch (type) {
+  case payload_type::kPcmu:
+    return AudioCoding::Pcmu;
+  case payload_type::kPcma:
+    return AudioCoding::Pcma;
+  case payload_type::kG722:
+    return AudioCoding::G722;
+  default:
+    // A peer may bind one of the codings to a number of its own.
+    return type == send_type ? std::optional(send_coding) : std::nullopt;
+  }
+}
+
+std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local) {
+  std::unique_ptr<SdpNegotiation> sdp(new SdpNegotiation);
+  sdp_session* session = nullptr;
+  if (sdp_session_alloc(&session, &local) != 0)
+    return nullptr;
+  sdp->session_.reset(session);
+  if (sdp_media_add(&sdp->audio_, session, sdp_media_audio, sa_port(&local), sdp_proto_rtpavp) != 0)
+    return nullptr;
+  int error = 0;
+  for (const OfferedCoding& coding : kCodings)
+    error |= sdp_format_add(nullptr, sdp->audio_, false, coding.id, coding.name, 8000, 1, nullptr, nullptr, nullptr,
+                            false, nullptr);
+  error |= sdp_format_add(nullptr, sdp->audio_, false, "101", kTelephoneEvent, 8000, 1, nullptr, nullptr, nullptr,
+                          false, "0-15");
+  error |= sdp_media_set_lattr(sdp->audio_, true, "ptime", "20");
+  return error == 0 ? std::move(sdp) : nullptr;
+}
+
+int SdpNegotiation::Read(const sip_msg& message, bool offer) {
+  if (!msg_ctype_cmp(&message.ctyp, "application", "sdp"))
+    return EBADMSG;
+  if (const int error = sdp_decode(session_.get(), message.mb, offer))
+    return error;
+  if (sdp_media_rport(audio_) == 0)
+    return ENOTSUP;
+
+  MediaTerms terms;
+  bool found = false;
+  const list* formats = sdp_media_format_lst(audio_, false);
+  for (const le* element = list_head(formats); element; element = element->next) {
+    const auto& format = *static_cast<const sdp_format*>(element->data);
+    if (!format.sup || format.pt < 0 || format.pt >= static_cast<int>(terms.receives.size()))
+      continue;
+    if (str_casecmp(format.name, kTelephoneEvent) == 0) {
+      terms.event_type = format.pt;
+    } else if (const auto coding = CodingOfFormat(format)) {
+      terms.receives[static_cast<std::size_t>(format.pt)] = true;
+      if (!found) {
+        terms.send_coding = *coding;
+        terms.send_type = format.pt;
+        found = true;
+      }
+    }
+  }
+  if (!found)
+    return ENOTSUP;
+
+  terms.peer = *sdp_media_raddr(audio_);
+  // Our own side always wants both directions, so that the remote one alone decides. An address of zero is how
+  // hold was asked for before there were directions (RFC 2543).
+  const bool nowhere = sa_is_any(&terms.peer) || !sa_isset(&terms.peer, SA_ADDR);
+  const sdp_dir remote = sdp_media_rdir(audio_);
+  terms.may_send = (remote & SDP_RECVONLY) != 0 && !nowhere;
+  terms.may_receive = (remote & SDP_SENDONLY) != 0 && !nowhere;
+  terms_ = terms;
+  return 0;
+}
+
+RePtr<mbuf> SdpNegotiation::Write(bool offer) {
+  mbuf* body = nullptr;
+  if (sdp_encode(&body, session_.get(), offer) != 0)
+    return nullptr;
+  return RePtr<mbuf>(body);
+}
+
+} // namespace kelmio

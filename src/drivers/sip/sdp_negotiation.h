@@ -1,0 +1,53 @@
+// What both ends agree on for the sound of a call: offer and answer in SDP (RFC 3264).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "drivers/sip/audio_codec.h"
+#include "drivers/sip/libre.h"
+
+namespace kelmio {
+
+/// The agreement, as the sound needs it.
+struct MediaTerms {
+  static constexpr int kNone = -1;
+
+  sa peer{}; // where the sound goes
+  AudioCoding send_coding = AudioCoding::Pcmu;
+  int send_type = payload_type::kPcmu; // payload type of what is sent
+  int event_type = kNone;              // payload type of telephone events that come in
+  std::array<bool, 128> receives{};    // payload types of sound that may come in
+  bool may_send = false;
+  bool may_receive = false;
+
+  /// Neither end's sound is wanted in full: the peer has put the call aside.
+  bool OnHold() const { return !may_send || !may_receive; }
+  std::optional<AudioCoding> CodingOf(int type) const;
+};
+
+/// Engine thread only. The functions that return an int give 0 or an error number of libre's.
+class SdpNegotiation {
+public:
+  /// `local` is the address and port on which sound is received.
+  static std::unique_ptr<SdpNegotiation> Create(const sa& local);
+
+  /// Takes the offer or answer in the message's body. Fails when there is no coding in common.
+  int Read(const sip_msg& message, bool offer);
+
+  /// The body of our offer or answer; nothing when out of memory.
+  RePtr<mbuf> Write(bool offer);
+
+  /// The terms after a successful `Read`.
+  const std::optional<MediaTerms>& Terms() const { return terms_; }
+
+private:
+  SdpNegotiation() = default;
+
+  RePtr<sdp_session> session_;
+  sdp_media* audio_ = nullptr; // owned by the session
+  std::optional<MediaTerms> terms_;
+};
+
+} // namespace kelmio

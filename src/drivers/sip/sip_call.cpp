@@ -1,0 +1,274 @@
+#include "drivers/sip/sip_call.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "drivers/sip/caller_identity.h"
+#include "drivers/sip/dial_target.h"
+#include "drivers/sip/sip_replies.h"
+
+namespace kelmio {
+
+namespace {
+
+constexpr char kOwnUser[] = "kelmio";
+constexpr char kSdpType[] = "application/sdp";
+
+std::string OwnUri(const sa& address) {
+  return std::string("sip:") + kOwnUser + "@" + ToText(address);
+}
+
+bool HasBody(const sip_msg& message) {
+  return mbuf_get_left(message.mb) > 0;
+}
+
+// A telephone number as address (RFC 3966) has no user part; the number stands where a host would.
+std::string_view UserOf(const sip_taddr& from) {
+  if (pl_strcasecmp(&from.uri.scheme, "tel") != 0)
+    return ToView(from.uri.user);
+  const std::string_view uri = ToView(from.auri);
+  return uri.substr(std::min(uri.size(), uri.find(':') + 1));
+}
+
+} // namespace
+
+SipCall::SipCall(SipCallHost& host, SipCallNumber number)
+    : host_(host), number_(number), media_(*this, host.Settings().times.lost_peer) {}
+
+SipCall::~SipCall() {
+  // An unanswered caller hears that nobody is there rather than that the line is busy.
+  if (session_ && phase_ == Phase::Ringing)
+    sipsess_reject(session_.get(), 480, "Temporarily Unavailable", nullptr);
+}
+
+bool SipCall::PrepareMedia(const sa& local) {
+  if (!media_.Bind(local))
+    return false;
+  sdp_ = SdpNegotiation::Create(media_.Local());
+  return sdp_ != nullptr;
+}
+
+// --- incoming
+
+bool SipCall::TakeInvite(const sip_msg& invite) {
+  const auto local = host_.AddressTowards(invite.src);
+  if (!local || !PrepareMedia(*local)) {
+    sip_treply(nullptr, host_.Stack(), &invite, 500, "Server Internal Error");
+    return false;
+  }
+  if (HasBody(invite)) {
+    if (sdp_->Read(invite, true) != 0) {
+      sip_treply(nullptr, host_.Stack(), &invite, 488, "Not Acceptable Here");
+      Log("SIP line: a caller with no usable sound format was refused");
+      return false;
+    }
+    media_.SetTerms(*sdp_->Terms());
+  }
+  sipsess* session = nullptr;
+  const int error =
+      sipsess_accept(&session, host_.Sessions(), &invite, 180, "Ringing", OwnUri(*local).c_str(), kSdpType, nullptr,
+                     nullptr, nullptr, false, &SipCall::OnOffer, &SipCall::OnAnswer, &SipCall::OnEstablished,
+                     &SipCall::OnInfo, nullptr, &SipCall::OnClosed, this, "%s", kAllowHeader);
+  if (error != 0)
+    return false;
+  session_.reset(session);
+
+  host_.Report({.kind = SipReport::Kind::NewCall, .call = number_});
+  ReportRings();
+  ReportCaller(invite);
+  patience_.StartOnce(host_.Settings().times.ringing, [this](std::uint64_t) {
+    Log("SIP line: a caller who rang for too long was refused");
+    Over();
+  });
+  return true;
+}
+
+void SipCall::ReportRings() {
+  const auto ring = [this](std::uint64_t elapsed) {
+    for (std::uint64_t i = 0; i < elapsed; ++i)
+      host_.Report({.kind = SipReport::Kind::Ring, .call = number_, .count = ++rings_});
+  };
+  ring(1);
+  const auto period = host_.Settings().ring_period;
+  ring_timer_.StartRepeating(period, period, ring);
+}
+
+void SipCall::ReportCaller(const sip_msg& invite) {
+  const CallerIdentity caller = ReadCallerIdentity(ToView(invite.from.dname), UserOf(invite.from));
+  if (caller.Known())
+    host_.Report({.kind = SipReport::Kind::CallerID, .call = number_, .name = caller.name, .text = caller.number});
+}
+
+void SipCall::Answer() {
+  if (phase_ == Phase::OffHook) {
+    Connected();
+    return;
+  }
+  if (phase_ != Phase::Ringing || !session_)
+    return;
+  const bool late_offer = !sdp_->Terms();
+  const RePtr<mbuf> body = sdp_->Write(late_offer);
+  if (!body || sipsess_answer(session_.get(), 200, "OK", body.get(), "%s", kAllowHeader) != 0) {
+    Log("SIP line: the call could not be answered");
+    Over();
+    return;
+  }
+  phase_ = Phase::Answered;
+  ring_timer_.Stop();
+  if (!late_offer)
+    media_.Start();
+  patience_.StartOnce(host_.Settings().times.confirm, [this](std::uint64_t) {
+    Log("SIP line: the caller never confirmed the answer");
+    Over();
+  });
+}
+
+// --- outgoing
+
+void SipCall::Dial(const std::string& text) {
+  outgoing_ = true;
+  if (text.empty()) {
+    phase_ = Phase::OffHook;
+    media_.Start();
+    return;
+  }
+  phase_ = Phase::Dialing;
+  ReportState(CallState::Dialing);
+  const DialTarget target = ParseDialTarget(text);
+  switch (target.kind) {
+  case DialTarget::Kind::Address:
+    Invite(target.uri);
+    return;
+  case DialTarget::Kind::Number:
+    Log("SIP line: " + text + " can't be called: the line has no registrar, only addresses such as name@host");
+    break;
+  case DialTarget::Kind::Invalid:
+    Log("SIP line: this is no address that can be called");
+    break;
+  }
+  Over();
+}
+
+void SipCall::Invite(const std::string& uri) {
+  pl text{uri.c_str(), uri.size()};
+  ::uri parts{};
+  sa peer{};
+  // Towards a name the address isn't known yet; the default route is the best guess.
+  if (uri_decode(&parts, &text) != 0 || sa_set(&peer, &parts.host, SIP_PORT) != 0)
+    sa_init(&peer, AF_UNSPEC);
+  const auto local = host_.AddressTowards(peer);
+  const RePtr<mbuf> body = local && PrepareMedia(*local) ? sdp_->Write(true) : nullptr;
+  int error = EADDRNOTAVAIL;
+  if (body) {
+    const std::string own = OwnUri(*local);
+    sipsess* session = nullptr;
+    error = sipsess_connect(&session, host_.Sessions(), uri.c_str(), nullptr, own.c_str(), own.c_str(), nullptr, 0,
+                            kSdpType, body.get(), nullptr, nullptr, false, &SipCall::OnOffer, &SipCall::OnAnswer,
+                            &SipCall::OnProgress, &SipCall::OnEstablished, &SipCall::OnInfo, nullptr,
+                            &SipCall::OnClosed, this, "%s", kAllowHeader);
+    session_.reset(session);
+  }
+  if (error != 0) {
+    Log("SIP line: " + uri + " can't be called: " + std::generic_category().message(error));
+    Over();
+    return;
+  }
+  patience_.StartOnce(host_.Settings().times.no_answer, [this](std::uint64_t) {
+    Log("SIP line: nobody answers");
+    Over();
+  });
+}
+
+void SipCall::OnProgress(const sip_msg* message, void* self) {
+  auto* call = static_cast<SipCall*>(self);
+  call->ReportState(message->scode == 180 ? CallState::Ringback : CallState::Proceeding);
+}
+
+// --- both
+
+int SipCall::OnOffer(mbuf** body, const sip_msg* message, void* self) {
+  auto* call = static_cast<SipCall*>(self);
+  const bool has_offer = HasBody(*message);
+  if (has_offer) {
+    if (const int error = call->sdp_->Read(*message, true))
+      return error;
+    call->media_.SetTerms(*call->sdp_->Terms());
+  }
+  *body = call->sdp_->Write(!has_offer).release();
+  return *body ? 0 : ENOMEM;
+}
+
+int SipCall::OnAnswer(const sip_msg* message, void* self) {
+  auto* call = static_cast<SipCall*>(self);
+  if (const int error = call->sdp_->Read(*message, false))
+    return error;
+  call->media_.SetTerms(*call->sdp_->Terms());
+  return 0;
+}
+
+void SipCall::OnEstablished(const sip_msg*, void* self) {
+  static_cast<SipCall*>(self)->Connected();
+}
+
+void SipCall::Connected() {
+  if (phase_ == Phase::Up)
+    return;
+  phase_ = Phase::Up;
+  ring_timer_.Stop();
+  patience_.Stop();
+  media_.Start();
+  host_.Report({.kind = SipReport::Kind::Connected, .call = number_});
+}
+
+void SipCall::OnInfo(sip* stack, const sip_msg* message, void*) {
+  sip_reply(stack, message, 200, "OK");
+}
+
+void SipCall::OnClosed(int error, const sip_msg* message, void* self) {
+  auto* call = static_cast<SipCall*>(self);
+  const bool busy = message && (message->scode == 486 || message->scode == 600);
+  if (busy)
+    call->host_.Report({.kind = SipReport::Kind::Busy, .call = call->number_});
+  else if (message && message->scode >= 300)
+    call->Log("SIP line: the call was refused: " + std::to_string(message->scode) + " " +
+              std::string(ToView(message->reason)));
+  else if (error == ETIMEDOUT && call->phase_ == Phase::Answered)
+    call->Log("SIP line: the caller never confirmed the answer");
+  else if (error != 0 && error != ECONNRESET)
+    call->Log("SIP line: the call failed: " + std::generic_category().message(error));
+  // libre has taken the session down; there is nothing left to refuse.
+  if (call->phase_ == Phase::Ringing)
+    call->phase_ = Phase::Answered;
+  call->Over();
+}
+
+void SipCall::Hangup() {
+  Over();
+}
+
+void SipCall::DigitHeard(char digit) {
+  host_.Report({.kind = SipReport::Kind::Digit, .call = number_, .digit = digit});
+}
+
+void SipCall::PeerLost() {
+  Log("SIP line: nothing is heard of the other side any more; the call is ended");
+  Over();
+}
+
+void SipCall::ReportState(CallState state) {
+  if (state == reported_)
+    return;
+  reported_ = state;
+  host_.Report({.kind = SipReport::Kind::State, .call = number_, .state = state});
+}
+
+void SipCall::Log(const std::string& text) {
+  host_.Report({.kind = SipReport::Kind::Log, .text = text});
+}
+
+void SipCall::Over() {
+  host_.Report({.kind = SipReport::Kind::Disconnected, .call = number_});
+  host_.CallOver(*this);
+}
+
+} // namespace kelmio

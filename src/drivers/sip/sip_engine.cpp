@@ -1,0 +1,286 @@
+#include "drivers/sip/sip_engine.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <mutex>
+
+#include "drivers/sip/sip_replies.h"
+
+// libre's header for its own words asks who speaks.
+#define DEBUG_MODULE "kelmio"
+#define DEBUG_LEVEL 0
+#include <re_dbg.h>
+
+namespace kelmio {
+
+namespace {
+
+constexpr char kSoftware[] = "Kelmio";
+constexpr std::uint32_t kHashSize = 32;
+// With a port left to the system, the one that UDP got may be taken for TCP.
+constexpr int kPortAttempts = 20;
+constexpr std::uint32_t kMostNameServers = 4;
+// What one stranger may ask of a line that isn't for this computer only. A person redials less often, and a
+// flood costs no more than this.
+constexpr double kRequestsPerSecond = 5;
+constexpr double kRequestBurst = 20;
+
+/// The address of this computer from which a way leads to `peer`. Nothing is sent.
+std::optional<sa> SourceTowards(const sa& peer) {
+  const int descriptor = socket(sa_af(&peer), SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (descriptor < 0)
+    return std::nullopt;
+  sa target = peer;
+  if (sa_port(&target) == 0)
+    sa_set_port(&target, SIP_PORT);
+  sa source{};
+  source.len = sizeof(source.u);
+  const bool found =
+      connect(descriptor, &target.u.sa, target.len) == 0 && getsockname(descriptor, &source.u.sa, &source.len) == 0;
+  close(descriptor);
+  return found ? std::optional(source) : std::nullopt;
+}
+
+void InitializeLibrary() {
+  static std::once_flag once;
+  // For the whole process, never taken back: other lines may run. Its own words on the terminal are no use to
+  // anyone, errors come back as numbers.
+  std::call_once(once, [] {
+    dbg_handler_set([](int, const char*, std::size_t, void*) {}, nullptr);
+    libre_init();
+  });
+}
+
+} // namespace
+
+struct SipEngine::Loop {
+  RePtr<mqueue> commands;
+  RePtr<dnsc> names;
+  RePtr<sip> stack;
+  RePtr<sipsess_sock> sessions;
+  sa listen{};
+  bool guarded = false; // others than this computer can reach the line
+  RateLimiter limiter{kRequestsPerSecond, kRequestBurst};
+
+  ~Loop() {
+    sipsess_close_all(sessions.get());
+    sessions.reset();
+    // A goodbye is on its way by now; nobody waits for its confirmation.
+    sip_close(stack.get(), true);
+  }
+};
+
+SipEngine::SipEngine(SipSettings settings, SipReportSink sink)
+    : settings_(std::move(settings)), sink_(std::move(sink)) {}
+
+SipEngine::~SipEngine() {
+  Stop();
+}
+
+int SipEngine::Start() {
+  InitializeLibrary();
+  std::promise<int> started;
+  std::future<int> result = started.get_future();
+  thread_ = std::thread([this, started = std::move(started)]() mutable { Run(std::move(started)); });
+  const int error = result.get();
+  if (error != 0)
+    thread_.join();
+  return error;
+}
+
+void SipEngine::Stop() {
+  if (!thread_.joinable())
+    return;
+  Push({.kind = SipCommand::Kind::Quit});
+  thread_.join();
+}
+
+void SipEngine::Push(SipCommand command) {
+  auto owned = std::make_unique<SipCommand>(std::move(command));
+  if (mqueue_push(commands_, 0, owned.get()) == 0)
+    owned.release(); // now the queue's
+}
+
+// --- the engine's thread
+
+void SipEngine::Run(std::promise<int> started) {
+  int error = re_thread_init();
+  if (error != 0) {
+    started.set_value(error);
+    return;
+  }
+  error = OpenLoop();
+  const bool running = error == 0;
+  if (!running)
+    loop_.reset();
+  started.set_value(error);
+  if (running) {
+    re_main(nullptr);
+    call_.reset();
+    loop_.reset();
+  }
+  re_thread_close();
+}
+
+int SipEngine::OpenLoop() {
+  loop_ = std::make_unique<Loop>();
+  if (const int error = sa_set_str(&loop_->listen, settings_.listen.host.c_str(), settings_.listen.port))
+    return error;
+  loop_->guarded = !sa_is_loopback(&loop_->listen);
+
+  mqueue* commands = nullptr;
+  if (const int error = mqueue_alloc(&commands, &SipEngine::OnCommand, this))
+    return error;
+  loop_->commands.reset(commands);
+  commands_ = commands;
+
+  // Without name servers there are no names to call, and all else works.
+  sa servers[kMostNameServers];
+  std::uint32_t count = kMostNameServers;
+  char domain[64];
+  dnsc* names = nullptr;
+  if (dns_srv_get(domain, sizeof(domain), servers, &count) == 0 && dnsc_alloc(&names, nullptr, servers, count) == 0)
+    loop_->names.reset(names);
+
+  if (const int error = BindTransports())
+    return error;
+
+  // The stack owns its listeners; their order is the order in which they see a message.
+  sipsess_sock* sessions = nullptr;
+  if (const int error = sip_listen(nullptr, Stack(), true, &SipEngine::OnAnyRequest, this))
+    return error;
+  if (const int error = sipsess_listen(&sessions, Stack(), kHashSize, &SipEngine::OnInvite, this))
+    return error;
+  loop_->sessions.reset(sessions);
+  if (const int error = sip_listen(nullptr, Stack(), true, &SipEngine::OnRequestLeft, this))
+    return error;
+  return sip_listen(nullptr, Stack(), false, &SipEngine::OnResponseLeft, this);
+}
+
+int SipEngine::BindTransports() {
+  const int attempts = settings_.listen.port == 0 ? kPortAttempts : 1;
+  int error = 0;
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    sip* stack = nullptr;
+    if ((error = sip_alloc(&stack, loop_->names.get(), kHashSize, kHashSize, kHashSize, kSoftware, nullptr, nullptr)))
+      return error;
+    loop_->stack.reset(stack);
+    sa address = loop_->listen;
+    error = sip_transp_add(stack, SIP_TRANSP_UDP, &address);
+    if (error == 0)
+      error = sip_transp_laddr(stack, &address, SIP_TRANSP_UDP, nullptr);
+    if (error == 0)
+      error = sip_transp_add(stack, SIP_TRANSP_TCP, &address);
+    if (error == 0) {
+      port_ = sa_port(&address);
+      loop_->listen = address;
+      return 0;
+    }
+    loop_->stack.reset();
+  }
+  return error;
+}
+
+sipsess_sock* SipEngine::Sessions() {
+  return loop_->sessions.get();
+}
+
+sip* SipEngine::Stack() {
+  return loop_->stack.get();
+}
+
+std::optional<sa> SipEngine::AddressTowards(const sa& peer) {
+  sa address = loop_->listen;
+  if (!sa_is_any(&address))
+    return address;
+  // Bound everywhere: the way there tells which of our addresses the peer can reach.
+  if (sa_isset(&peer, SA_ADDR)) {
+    const auto source = SourceTowards(peer);
+    if (!source)
+      return std::nullopt;
+    address = *source;
+  } else if (net_default_source_addr_get(sa_af(&loop_->listen), &address) != 0) {
+    return std::nullopt;
+  }
+  sa_set_port(&address, port_);
+  return address;
+}
+
+void SipEngine::CallOver(SipCall& call) {
+  if (call_.get() == &call)
+    call_.reset();
+}
+
+void SipEngine::OnCommand(int, void* data, void* self) {
+  const std::unique_ptr<SipCommand> command(static_cast<SipCommand*>(data));
+  static_cast<SipEngine*>(self)->Execute(*command);
+}
+
+void SipEngine::Execute(SipCommand& command) {
+  if (command.kind == SipCommand::Kind::Quit) {
+    re_cancel();
+    return;
+  }
+  if (command.kind == SipCommand::Kind::Dial) {
+    // A caller may have been quicker than the word that the line is in use.
+    if (call_) {
+      Report({.kind = SipReport::Kind::Disconnected, .call = command.call});
+      return;
+    }
+    call_ = std::make_unique<SipCall>(*this, command.call);
+    if (command.port)
+      call_->SetSoundPort(std::move(command.port));
+    call_->Dial(command.text);
+    return;
+  }
+  if (!call_ || call_->Number() != command.call)
+    return; // over in the meantime
+  if (command.kind == SipCommand::Kind::Answer)
+    call_->Answer();
+  else if (command.kind == SipCommand::Kind::Hangup)
+    call_->Hangup();
+  else
+    call_->SetSoundPort(std::move(command.port));
+}
+
+void SipEngine::OnInvite(const sip_msg* message, void* self) {
+  static_cast<SipEngine*>(self)->Invited(*message);
+}
+
+void SipEngine::Invited(const sip_msg& invite) {
+  if (call_) {
+    sip_treply(nullptr, Stack(), &invite, 486, "Busy Here");
+    return;
+  }
+  if (const sip_hdr* required = sip_msg_hdr(&invite, SIP_HDR_REQUIRE)) {
+    // Whatever extension a caller insists on, this line has none (RFC 3261 8.2.2.3).
+    sip_treplyf(nullptr, nullptr, Stack(), &invite, false, 420, "Bad Extension",
+                "Unsupported: %r\r\nContent-Length: 0\r\n\r\n", &required->val);
+    return;
+  }
+  call_ = std::make_unique<SipCall>(*this, NextCallNumber());
+  if (!call_->TakeInvite(invite))
+    call_.reset();
+}
+
+bool SipEngine::OnAnyRequest(const sip_msg* message, void* self) {
+  Loop& loop = *static_cast<SipEngine*>(self)->loop_;
+  // A flood is met with silence. What belongs to a call is let through.
+  const bool opening = !pl_isset(&message->to.tag) && pl_strcmp(&message->met, "ACK") != 0;
+  return loop.guarded && opening &&
+         !loop.limiter.Allow(sa_hash(&message->src, SA_ADDR), std::chrono::steady_clock::now());
+}
+
+bool SipEngine::OnRequestLeft(const sip_msg* message, void* self) {
+  ReplyOutsideCalls(*static_cast<SipEngine*>(self)->Stack(), *message);
+  return true;
+}
+
+// Answers to nothing that was asked are dropped here; libre would write a line on each to the terminal.
+bool SipEngine::OnResponseLeft(const sip_msg*, void*) {
+  return true;
+}
+
+} // namespace kelmio

@@ -1,0 +1,76 @@
+// The thread that speaks SIP for one open line.
+#pragma once
+
+#include <atomic>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "drivers/sip/engine_messages.h"
+#include "drivers/sip/libre.h"
+#include "drivers/sip/rate_limiter.h"
+#include "drivers/sip/sip_call.h"
+#include "drivers/sip/sip_settings.h"
+
+namespace kelmio {
+
+/// Signalling, RTP and the 20 ms tick of one line live on a thread of its own. The public functions belong to the
+/// user interface thread. Reports come on the engine's thread, none once `Stop` has returned.
+class SipEngine : public SipCallHost {
+public:
+  SipEngine(SipSettings settings, SipReportSink sink);
+  /// Stops.
+  ~SipEngine() override;
+  SipEngine(const SipEngine&) = delete;
+  SipEngine& operator=(const SipEngine&) = delete;
+
+  /// Binds the address and takes calls from now on. Gives 0, or the error number of what was in the way; nothing
+  /// runs then. Call it once.
+  int Start();
+
+  /// Ends the call that is up, telling its peer, and the thread. Nothing happens when it doesn't run.
+  void Stop();
+
+  /// Hands a command to the engine. Only between `Start` and `Stop`.
+  void Push(SipCommand command);
+
+  SipCallNumber NextCallNumber() { return next_call_.fetch_add(1); }
+
+  /// The bound port, once started.
+  std::uint16_t Port() const { return port_; }
+
+private:
+  struct Loop; // everything that libre owns; made, used and destroyed on the engine's thread
+
+  const SipSettings& Settings() const override { return settings_; }
+  sipsess_sock* Sessions() override;
+  sip* Stack() override;
+  std::optional<sa> AddressTowards(const sa& peer) override;
+  void Report(SipReport report) override { sink_(std::move(report)); }
+  void CallOver(SipCall& call) override;
+
+  void Run(std::promise<int> started);
+  int OpenLoop();
+  int BindTransports();
+  static void OnCommand(int id, void* data, void* self);
+  static void OnInvite(const sip_msg* message, void* self);
+  static bool OnAnyRequest(const sip_msg* message, void* self);
+  static bool OnRequestLeft(const sip_msg* message, void* self);
+  static bool OnResponseLeft(const sip_msg* message, void* self);
+  void Execute(SipCommand& command);
+  void Invited(const sip_msg& invite);
+
+  const SipSettings settings_;
+  const SipReportSink sink_;
+  std::atomic<SipCallNumber> next_call_{1};
+  std::thread thread_;
+  mqueue* commands_ = nullptr; // owned by the loop
+  std::uint16_t port_ = 0;
+
+  // Engine thread only.
+  std::unique_ptr<Loop> loop_;
+  std::unique_ptr<SipCall> call_;
+};
+
+} // namespace kelmio

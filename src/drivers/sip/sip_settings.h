@@ -1,0 +1,52 @@
+// What the SIP line is told by `Lines.ini`, and the times it keeps.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "drivers/lines_file.h"
+
+namespace kelmio {
+
+/// Where the line takes calls.
+struct ListenAddress {
+  std::string host = "127.0.0.1"; // numeric, without brackets
+  std::uint16_t port = 5060;      // 0 lets the system choose
+  bool operator==(const ListenAddress&) const = default;
+};
+
+/// "host:port" with a numeric host, an IPv6 one in brackets. Nothing when the text is anything else.
+std::optional<ListenAddress> ParseListenAddress(std::string_view text);
+
+/// The address as it is written in `Lines.ini`.
+std::string ToText(const ListenAddress& address);
+
+/// How long the line waits for others before it frees itself.
+struct SipTimes {
+  /// An unanswered caller that neither cancels nor gives up; a little more than RFC 3261's timer C.
+  std::chrono::milliseconds ringing{200'000};
+  /// An outgoing call that nobody answers.
+  std::chrono::milliseconds no_answer{90'000};
+  /// An answer that the caller never confirms: 64 times T1 of RFC 3261.
+  std::chrono::milliseconds confirm{32'000};
+  /// A peer in mid call of which nothing is heard any more.
+  std::chrono::milliseconds lost_peer{60'000};
+};
+
+struct SipSettings {
+  ListenAddress listen;
+  std::chrono::milliseconds ring_period{6000}; // between two counted rings
+  long device_id = 1;
+  SipTimes times;
+  /// Plain words on values that could not be used; for the status pane.
+  std::vector<std::string> notes;
+};
+
+/// Makes the section at first start. A value that makes no sense falls back to its default, with a note.
+SipSettings ReadSipSettings(LinesFile& file);
+
+} // namespace kelmio
