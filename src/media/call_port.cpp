@@ -45,8 +45,7 @@ void CallPort::ToSend(std::span<std::int16_t> samples, int rate) noexcept {
 }
 
 void CallPort::Listen(std::span<const std::int16_t> samples, int rate) {
-  ConvertAll(to_watch_rate_, samples, static_cast<double>(SignalWatch::kRate) / rate, false,
-             [this](std::span<const std::int16_t> converted) { watch_.Process(converted); });
+  to_watch_rate_.Put(samples, rate, [this](std::span<const std::int16_t> converted) { watch_.Process(converted); });
 }
 
 void CallPort::ListenToMissing(std::size_t samples, int rate) {

@@ -55,7 +55,7 @@ private:
   std::shared_ptr<WavePlayer> ended_player_; // kept, so that the sound thread frees nothing
   std::uint64_t play_ = 0;
   std::shared_ptr<WaveRecorder> recorder_;
-  Resampler to_watch_rate_;
+  FixedRate to_watch_rate_{SignalWatch::kRate};
   SignalWatch watch_;
   std::uint64_t watch_number_ = 0;
   double unheard_seconds_ = 0; // sent since something was last received

@@ -49,4 +49,10 @@ Resampler::Step Resampler::Convert(std::span<const std::int16_t> in, std::span<s
   return {static_cast<std::size_t>(data.input_frames_used), made};
 }
 
+void Resampler::Reset() noexcept {
+  if (converting_)
+    src_reset(state_.get());
+  converting_ = false;
+}
+
 } // namespace kelmio

@@ -79,6 +79,9 @@ ToneDetector::Finding ToneDetector::On(double level) {
   if (fits && loud_run_ >= kWindowBlocks) {
     const auto tone = spectrum_.Analyse(recent_);
     fits = tone && IsSameTone(*tone, tone_);
+    // The first look may have caught the tone half begun.
+    if (fits && turn_count_ == 0 && turn_.on <= 2 * kWindowBlocks)
+      tone_ = *tone;
   }
   if (!fits && ++odd_blocks_ > kOddAllowed) {
     Reset();

@@ -1,6 +1,7 @@
 #include "media/wave_recorder.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kelmio {
 namespace {
@@ -31,24 +32,19 @@ std::shared_ptr<WaveRecorder> WaveRecorder::Create(const RecordRequest& request,
 WaveRecorder::WaveRecorder(const RecordRequest& request, Reporter reporter, std::unique_ptr<WaveWriter> writer)
     : path_(request.path), rate_(static_cast<int>(request.format.samples_per_second)), limit_(LimitOf(request)),
       block_samples_(request.report_blocks ? std::max<std::size_t>(request.block_bytes / sizeof(std::int16_t), 1) : 0),
-      reporter_(std::move(reporter)), mixer_(request.format.samples_per_second / kLeadsPerSecond),
+      reporter_(std::move(reporter)), far_(rate_), near_(rate_),
+      mixer_(request.format.samples_per_second / kLeadsPerSecond),
       ring_(kSecondsHeld * request.format.samples_per_second), writer_(std::move(writer)),
       synced_at_(std::chrono::steady_clock::now()) {}
 
 void WaveRecorder::Put(Direction direction, std::span<const std::int16_t> samples, int rate) noexcept {
-  const auto side = static_cast<std::size_t>(direction);
-  ratios_[side] = static_cast<double>(rate_) / rate;
-  ConvertAll(resamplers_[side], samples, ratios_[side], false,
-             [&](std::span<const std::int16_t> converted) { Mix(direction, converted); });
+  Converter(direction).Put(samples, rate, [&](std::span<const std::int16_t> converted) { Mix(direction, converted); });
   EmptyMixer();
 }
 
 void WaveRecorder::EndInput() noexcept {
-  for (const Direction direction : {Direction::Far, Direction::Near}) {
-    const auto side = static_cast<std::size_t>(direction);
-    ConvertAll(resamplers_[side], {}, ratios_[side], true,
-               [&](std::span<const std::int16_t> converted) { Mix(direction, converted); });
-  }
+  for (const Direction direction : {Direction::Far, Direction::Near})
+    Converter(direction).End([&](std::span<const std::int16_t> converted) { Mix(direction, converted); });
   mixer_.Flush();
   EmptyMixer();
 }

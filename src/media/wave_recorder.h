@@ -1,7 +1,6 @@
 // A call on its way into a wave file.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -45,6 +44,7 @@ public:
 private:
   WaveRecorder(const RecordRequest& request, Reporter reporter, std::unique_ptr<WaveWriter> writer);
 
+  FixedRate& Converter(Direction direction) { return direction == Direction::Far ? far_ : near_; }
   void Mix(Direction direction, std::span<const std::int16_t> samples) noexcept;
   void EmptyMixer() noexcept;
   // Under file_mutex_:
@@ -61,8 +61,8 @@ private:
   const Reporter reporter_;
 
   // Sound thread, under its lock.
-  std::array<Resampler, 2> resamplers_;
-  std::array<double, 2> ratios_{1.0, 1.0};
+  FixedRate far_;
+  FixedRate near_;
   DirectionMixer mixer_;
   std::uint64_t accepted_ = 0; // samples put into the ring
 

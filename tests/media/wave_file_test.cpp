@@ -1,0 +1,115 @@
+#include <filesystem>
+#include <fstream>
+
+#include "media/recording_format.h"
+#include "media/sound_desk.h"
+#include "media/wave_device.h"
+
+namespace kelmio {
+namespace {
+
+using namespace test;
+
+class WaveFile : public ::testing::Test {
+protected:
+  std::unique_ptr<WaveWriter> Create(const WaveFormatRecord& format) {
+    std::string error;
+    auto writer = WaveWriter::Create(path_, format, error);
+    EXPECT_TRUE(writer) << error;
+    return writer;
+  }
+
+  TemporaryFolder folder_;
+  const std::string path_ = folder_.Path() + "message.wav";
+};
+
+double LeastFidelity(const WaveFormatRecord& format) {
+  switch (format.format_tag) {
+  case wave_format_tag::kPcm:
+    return format.bits_per_sample == 16 ? 90 : 28;
+  case wave_format_tag::kImaAdpcm:
+    return 15;
+  case wave_format_tag::kGsm610:
+    return 5;
+  default:
+    return 30;
+  }
+}
+
+TEST_F(WaveFile, EachFormatKeepsTheSoundAndATrueHeaderOnTheWay) {
+  for (const WaveFormatRecord& format : RecordableFormats()) {
+    SCOPED_TRACE(::testing::Message() << "tag " << format.format_tag << ", " << format.bits_per_sample << " bits, "
+                                      << format.samples_per_second << " Hz, " << format.channels << " channels");
+    ASSERT_TRUE(IsRecordable(format));
+    const int rate = static_cast<int>(format.samples_per_second);
+    const Samples sound = Sines({300, 500}, -16, 1.5, rate);
+    const auto writer = Create(format);
+    ASSERT_TRUE(writer);
+    const auto second = static_cast<std::size_t>(rate);
+    ASSERT_TRUE(writer->Write(std::span(sound).first(second)));
+    ASSERT_TRUE(writer->UpdateHeader());
+
+    // What a crash would leave: the file as it is now.
+    const std::string left = folder_.Path() + "left.wav";
+    std::filesystem::copy_file(path_, left, std::filesystem::copy_options::overwrite_existing);
+    int left_rate = 0;
+    const Samples kept = ReadAll(left, &left_rate);
+    EXPECT_EQ(left_rate, rate);
+    EXPECT_GT(kept.size(), second * 85 / 100) << "less than one block is held back";
+    EXPECT_GT(SignalToNoise(std::span(sound).first(std::min(kept.size(), second)), kept), LeastFidelity(format));
+    EXPECT_NEAR(static_cast<double>(WaveLength(left).value_or(0)), 1000, 150);
+
+    ASSERT_TRUE(writer->Write(std::span(sound).subspan(second)));
+    ASSERT_TRUE(writer->Finish());
+    const Samples whole = ReadAll(path_);
+    EXPECT_GE(whole.size(), sound.size());
+    EXPECT_LT(whole.size(), sound.size() + 4200) << "no more than the filling of a last block";
+    EXPECT_GT(SignalToNoise(sound, whole), LeastFidelity(format));
+  }
+}
+
+TEST_F(WaveFile, AFormatThatContradictsItselfCannotBeRecorded) {
+  const WaveFormatRecord good{};
+  EXPECT_TRUE(IsRecordable(good));
+  const auto wrong = [&good](auto&& change) {
+    WaveFormatRecord format = good;
+    change(format);
+    return !IsRecordable(format);
+  };
+  EXPECT_TRUE(wrong([](auto& f) { f.format_tag = 85; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.channels = 0; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.channels = 2; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.samples_per_second = 0; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.average_bytes_per_second = 8000; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.block_align = 0; }));
+  EXPECT_TRUE(wrong([](auto& f) { f.bits_per_sample = 24, f.block_align = 3, f.average_bytes_per_second = 24000; }));
+  // As other programs describe them.
+  EXPECT_TRUE(IsRecordable({wave_format_tag::kImaAdpcm, 1, 8000, 4055, 256, 4, 2}));
+  EXPECT_TRUE(IsRecordable({wave_format_tag::kImaAdpcm, 1, 44100, 22125, 1024, 4, 2}));
+  EXPECT_FALSE(IsRecordable({wave_format_tag::kImaAdpcm, 1, 8000, 4055, 0, 4, 2}));
+  EXPECT_FALSE(IsRecordable({wave_format_tag::kImaAdpcm, 1, 8000, 4055, 4, 4, 2}));
+  EXPECT_TRUE(IsRecordable({wave_format_tag::kGsm610, 1, 8000, 1625, 65, 0, 2}));
+  EXPECT_TRUE(IsRecordable({wave_format_tag::kGsm610, 1, 44100, 8958, 65, 0, 2}));
+  EXPECT_FALSE(IsRecordable({wave_format_tag::kGsm610, 2, 8000, 3250, 130, 0, 2}));
+}
+
+TEST_F(WaveFile, TheDeviceTellsTheLengthOfTheOpenFile) {
+  Create({})->Write(Quiet(1.2345));
+  WaveDevice device;
+  EXPECT_EQ(device.Length(), 0);
+  device.SetFileName(path_);
+  EXPECT_EQ(device.Length(), 0);
+  device.Command("OPEN");
+  EXPECT_EQ(device.Length(), 1234);
+  device.Command("stop");
+  device.Command("Polish");
+  EXPECT_EQ(device.Length(), 1234);
+  device.Command("Close");
+  EXPECT_EQ(device.Length(), 0);
+  std::ofstream(path_) << "RIFF";
+  device.Command("Open");
+  EXPECT_EQ(device.Length(), 0);
+}
+
+} // namespace
+} // namespace kelmio
