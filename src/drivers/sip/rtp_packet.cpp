@@ -50,9 +50,7 @@ std::optional<RtpPacket> ReadRtpPacket(std::span<const std::uint8_t> bytes) {
 
 void WriteRtpPacket(const RtpPacket& packet, std::vector<std::uint8_t>& out) {
   const auto byte = [](std::uint32_t value, unsigned shift) { return static_cast<std::uint8_t>(value >> shift); };
-  out.clear();
-  out.insert(out.end(),
-             {kVersionBits, static_cast<std::uint8_t>((packet.marker ? 0x80U : 0U) | (packet.payload_type & 0x7FU)),
+  out.assign({kVersionBits, static_cast<std::uint8_t>((packet.marker ? 0x80U : 0U) | (packet.payload_type & 0x7FU)),
               byte(packet.sequence, 8), byte(packet.sequence, 0), byte(packet.timestamp, 24),
               byte(packet.timestamp, 16), byte(packet.timestamp, 8), byte(packet.timestamp, 0), byte(packet.ssrc, 24),
               byte(packet.ssrc, 16), byte(packet.ssrc, 8), byte(packet.ssrc, 0)});
