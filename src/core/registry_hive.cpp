@@ -69,6 +69,9 @@ RegistryResult RegistryHive::DeleteKey(std::uint32_t root, std::string_view path
     if (!text.SubKeys(key).empty())
       return RegistryResult::AccessDenied;
     text.DeleteKey(key);
+    // The key above may have stood by this one alone.
+    if (const std::size_t end = key.rfind('\\'); end != std::string::npos && key.find('\\') != end)
+      text.CreateKey(key.substr(0, end));
     return RegistryResult::Ok;
   });
 }
@@ -91,6 +94,8 @@ RegistryResult RegistryHive::Set(std::uint32_t root, std::string_view path, std:
 
 RegistryResult RegistryHive::DeleteValue(std::uint32_t root, std::string_view path, std::string_view name) {
   const std::string key = FullKey(root, path);
+  if (!Current().Query(key, name))
+    return RegistryResult::NotFound;
   return Change(
       [&](RegistryText& text) { return text.DeleteValue(key, name) ? RegistryResult::Ok : RegistryResult::NotFound; });
 }

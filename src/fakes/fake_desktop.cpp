@@ -25,12 +25,18 @@ bool FakeRegistryStore::KeyExists(std::uint32_t root, std::string_view path) con
 RegistryResult FakeRegistryStore::CreateKey(std::uint32_t root, std::string_view path) {
   if (read_only)
     return RegistryResult::AccessDenied;
-  keys_.try_emplace(KeyName(root, path), Key{std::string(path), {}});
+  // The keys above it stand from then on too.
+  for (std::size_t end = 0; end != std::string_view::npos;) {
+    end = path.find('\\', end + 1);
+    keys_.try_emplace(KeyName(root, path.substr(0, end)), Key{std::string(path.substr(0, end)), {}});
+  }
   return RegistryResult::Ok;
 }
 
 RegistryResult FakeRegistryStore::DeleteKey(std::uint32_t root, std::string_view path) {
   if (read_only)
+    return RegistryResult::AccessDenied;
+  if (!SubKeys(root, path).empty())
     return RegistryResult::AccessDenied;
   return keys_.erase(KeyName(root, path)) != 0 ? RegistryResult::Ok : RegistryResult::NotFound;
 }
