@@ -19,6 +19,8 @@ namespace {
 
 /// Air above and below a row's text together, in pixels.
 constexpr int kRowAir = 10;
+/// Column widths are drawn for a font with characters of this width, in pixels.
+constexpr double kDrawnCharacterWidth = 5.5;
 
 /// Roomy rows, and a selection without the box around its one focused cell.
 class RowDelegate : public QStyledItemDelegate {
@@ -52,6 +54,7 @@ public:
     widget.setSelectionBehavior(QAbstractItemView::SelectRows);
     widget.header()->setSectionsClickable(true);
     widget.header()->setSectionsMovable(false);
+    widget.header()->setStretchLastSection(false);
     widget.header()->setHighlightSections(false);
 
     connect(widget.selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { TakeSelection(); });
@@ -68,6 +71,7 @@ public:
     connect(widget.header(), &QHeaderView::sectionClicked, this, [this](int section) {
       RunHandler([this, section] { model_.ColumnClick(static_cast<std::size_t>(section) + 1); });
     });
+    connect(widget.header(), &QHeaderView::sectionResized, this, [this] { user_sizes_ = user_sizes_ || !sizing_; });
     widget.viewport()->installEventFilter(this);
   }
 
@@ -75,10 +79,12 @@ protected:
   void Show() override {
     SetBackColor(widget_, model_.BackColor);
     const int place = widget_.verticalScrollBar()->value();
-    const bool had_columns = rows_->columnCount() > 0;
+    const int columns_before = rows_->columnCount();
+    sizing_ = true; // new columns have a size before they have their size
     const bool same = rows_->Take(model_);
-    if (!had_columns || columns_shown_ != model_.Columns().size())
-      ShowColumns();
+    sizing_ = false;
+    if (rows_->columnCount() != columns_before)
+      SizeColumns();
     ShowSelection();
     if (!same) {
       widget_.doItemsLayout();
@@ -89,6 +95,8 @@ protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() == QEvent::MouseButtonPress)
       click_told_ = false;
+    if (event->type() == QEvent::Resize && !user_sizes_)
+      SizeColumns();
     if (event->type() == QEvent::MouseButtonRelease) {
       const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
       if (button == Qt::LeftButton || button == Qt::RightButton) {
@@ -100,10 +108,23 @@ protected:
   }
 
 private:
-  void ShowColumns() {
-    columns_shown_ = model_.Columns().size();
-    for (std::size_t column = 0; column < columns_shown_; ++column)
-      widget_.header()->resizeSection(static_cast<int>(column), ToPixels(model_.Columns()[column].width_twips));
+  // The drawn widths are proportions: a larger font or a wider list widens all columns alike, until the user sizes
+  // one of them.
+  void SizeColumns() {
+    int drawn = 0;
+    for (const ListColumn& column : model_.Columns())
+      drawn += ToPixels(column.width_twips);
+    if (drawn <= 0)
+      return;
+    const double scale = std::max({1.0, widget_.fontMetrics().averageCharWidth() / kDrawnCharacterWidth,
+                                   static_cast<double>(widget_.viewport()->width()) / drawn});
+    sizing_ = true;
+    const int count = std::min(rows_->columnCount(), static_cast<int>(model_.Columns().size()));
+    for (int column = 0; column < count; ++column) {
+      const int width = ToPixels(model_.Columns()[static_cast<std::size_t>(column)].width_twips);
+      widget_.header()->resizeSection(column, static_cast<int>(width * scale));
+    }
+    sizing_ = false;
   }
 
   void ShowSelection() {
@@ -144,8 +165,9 @@ private:
   ListView& model_;
   ListRows* rows_;
   Refresh click_;
-  std::size_t columns_shown_ = 0;
   bool click_told_ = false;
+  bool sizing_ = false;
+  bool user_sizes_ = false;
 };
 
 } // namespace

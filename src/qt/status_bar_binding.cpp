@@ -22,6 +22,11 @@ constexpr int kMinuteMs = 60000;
 /// Least widths in characters, so that the panels don't jump with each text.
 constexpr int kTextPanelCharacters = 12;
 
+/// The locale's short time, which has seconds in a few locales, without them.
+QString ClockFormat() {
+  return QLocale().timeFormat(QLocale::ShortFormat).remove(QStringLiteral(":ss"));
+}
+
 class StatusBarBinding : public ControlBinding {
 public:
   StatusBarBinding(QStatusBar& widget, StatusBar& model)
@@ -40,11 +45,14 @@ protected:
         labels_[panel]->setText(ToText(model_.Panels()[panel].text));
     widget_.setVisible(model_.Visible);
     ShowClock();
+    MakeRoom();
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() == QEvent::Show)
       ShowClock();
+    else if (event->type() == QEvent::Resize)
+      MakeRoom();
     else if (event->type() == QEvent::Hide)
       clock_.stop(); // nobody looks: a hidden window doesn't wake the computer
     return ControlBinding::eventFilter(watched, event);
@@ -70,6 +78,16 @@ private:
     }
   }
 
+  // In a narrow window the date gives way to what the system is doing.
+  void MakeRoom() {
+    int wanted = 0;
+    for (const QLabel* label : labels_)
+      wanted += label->sizeHint().width();
+    for (std::size_t panel = 0; panel < labels_.size(); ++panel)
+      if (model_.Panels()[panel].kind == StatusBar::PanelKind::Date)
+        labels_[panel]->setVisible(wanted <= widget_.width());
+  }
+
   void ShowClock() {
     const QDateTime now = QDateTime::currentDateTime();
     bool needed = false;
@@ -78,7 +96,7 @@ private:
       if (kind == StatusBar::PanelKind::Date)
         labels_[panel]->setText(QLocale().toString(now.date(), QLocale::ShortFormat));
       else if (kind == StatusBar::PanelKind::Time)
-        labels_[panel]->setText(QLocale().toString(now.time(), QLocale::ShortFormat));
+        labels_[panel]->setText(QLocale().toString(now.time(), ClockFormat()));
       needed = needed || kind != StatusBar::PanelKind::Text;
     }
     if (needed && widget_.isVisible())
