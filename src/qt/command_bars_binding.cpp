@@ -104,6 +104,7 @@ private:
     widget->setIconSize({kToolIconSize, kToolIconSize});
     widget->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     window_.addToolBar(widget);
+    widget->hide(); // said outright: otherwise the window shows it once it is laid out
     return {widget, std::make_unique<ItemActions>(*widget, [this](int id) { Run(id); })};
   }
 

@@ -96,6 +96,7 @@ private:
         pane.neighbour != 0 && neighbour != docks_.end() && neighbour->second.widget != nullptr)
       window_.splitDockWidget(neighbour->second.widget, dock,
                               pane.edge == DockingPane::Edge::Bottom ? Qt::Vertical : Qt::Horizontal);
+    dock->hide(); // said outright: otherwise the window shows it once it is laid out
     return dock;
   }
 

@@ -41,7 +41,7 @@ bool ListRows::Take(const ListView& list) {
   if (!same)
     endResetModel();
   else if (!rows_.empty() && !columns_.empty())
-    emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
   return same;
 }
 

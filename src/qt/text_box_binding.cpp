@@ -45,8 +45,8 @@ protected:
     Select(ToInt(start), ToInt(ShownOffset(text, end, form_) - start));
   }
 
-  /// The user changed the text.
-  void TakeText(const QString& shown) {
+  /// The user changed the text; the cursor stands behind what was typed.
+  void TakeText(const QString& shown, int cursor) {
     QString text = shown;
     if (form_.folds_line_ends)
       text.replace('\n', "\r\n");
@@ -54,6 +54,8 @@ protected:
       stored_ = text.toStdString();
       form_.utf8 = true;
       model_.Text = stored_;
+      model_.SelStart = StoredOffset(stored_, static_cast<std::size_t>(cursor), form_);
+      model_.SelLength = 0;
     });
     if (taken)
       RunHandler([this] { model_.Change(); });
@@ -103,10 +105,8 @@ private:
 class LineBinding : public TextBoxBinding {
 public:
   LineBinding(QLineEdit& widget, TextBox& model) : TextBoxBinding(widget, model, false), widget_(widget) {
-    connect(&widget, &QLineEdit::textChanged, this, [this](const QString& text) {
-      TakeText(text);
-      TakeCursor();
-    });
+    connect(&widget, &QLineEdit::textChanged, this,
+            [this](const QString& text) { TakeText(text, widget_.cursorPosition()); });
     connect(&widget, &QLineEdit::selectionChanged, this, [this] { TakeCursor(); });
     connect(&widget, &QLineEdit::cursorPositionChanged, this, [this] { TakeCursor(); });
   }
@@ -137,10 +137,8 @@ class PageBinding : public TextBoxBinding {
 public:
   PageBinding(QPlainTextEdit& widget, TextBox& model) : TextBoxBinding(widget, model, true), widget_(widget) {
     connect(&widget, &QPlainTextEdit::textChanged, this, [this] {
-      if (Showing())
-        return;
-      TakeText(widget_.toPlainText());
-      TakeCursor();
+      if (!Showing())
+        TakeText(widget_.toPlainText(), widget_.textCursor().position());
     });
     connect(&widget, &QPlainTextEdit::selectionChanged, this, [this] { TakeCursor(); });
     connect(&widget, &QPlainTextEdit::cursorPositionChanged, this, [this] { TakeCursor(); });
