@@ -18,7 +18,23 @@ constexpr std::array kCodings = {OfferedCoding{"9", "G722", AudioCoding::G722},
                                  OfferedCoding{"8", "PCMA", AudioCoding::Pcma},
                                  OfferedCoding{"0", "PCMU", AudioCoding::Pcmu}};
 
+std::optional<AudioCoding> StaticCoding(int type) {
+  switch (type) {
+  case payload_type::kPcmu:
+    return AudioCoding::Pcmu;
+  case payload_type::kPcma:
+    return AudioCoding::Pcma;
+  case payload_type::kG722:
+    return AudioCoding::G722;
+  default:
+    return std::nullopt;
+  }
+}
+
+// A peer need not name a coding that has a number for good, and may give another number to one.
 std::optional<AudioCoding> CodingOfFormat(const sdp_format& format) {
+  if (!format.name)
+    return StaticCoding(format.pt);
   for (const OfferedCoding& known : kCodings)
     if (str_casecmp(format.name, known.name) == 0)
       return known.coding;
@@ -28,19 +44,8 @@ std::optional<AudioCoding> CodingOfFormat(const sdp_format& format) {
 } // namespace
 
 std::optional<AudioCoding> MediaTerms::CodingOf(int type) const {
-  if (type < 0 || type >= static_cast<int>(receives.size()) || !receives[static_cast<std::size_t>(type)])
-    return std::nullopt;
-  switch (type) {
-  case payload_type::kPcmu:
-    return AudioCoding::Pcmu;
-  case payload_type::kPcma:
-    return AudioCoding::Pcma;
-  case payload_type::kG722:
-    return AudioCoding::G722;
-  default:
-    // A peer may bind one of the codings to a number of its own.
-    return type == send_type ? std::optional(send_coding) : std::nullopt;
-  }
+  return type >= 0 && type < static_cast<int>(receives.size()) ? receives[static_cast<std::size_t>(type)]
+                                                               : std::nullopt;
 }
 
 std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local) {
@@ -76,10 +81,10 @@ int SdpNegotiation::Read(const sip_msg& message, bool offer) {
     const auto& format = *static_cast<const sdp_format*>(element->data);
     if (!format.sup || format.pt < 0 || format.pt >= static_cast<int>(terms.receives.size()))
       continue;
-    if (str_casecmp(format.name, kTelephoneEvent) == 0) {
+    if (format.name && str_casecmp(format.name, kTelephoneEvent) == 0) {
       terms.event_type = format.pt;
     } else if (const auto coding = CodingOfFormat(format)) {
-      terms.receives[static_cast<std::size_t>(format.pt)] = true;
+      terms.receives[static_cast<std::size_t>(format.pt)] = coding;
       if (!found) {
         terms.send_coding = *coding;
         terms.send_type = format.pt;

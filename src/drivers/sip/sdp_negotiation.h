@@ -16,9 +16,9 @@ struct MediaTerms {
 
   sa peer{}; // where the sound goes
   AudioCoding send_coding = AudioCoding::Pcmu;
-  int send_type = payload_type::kPcmu; // payload type of what is sent
-  int event_type = kNone;              // payload type of telephone events that come in
-  std::array<bool, 128> receives{};    // payload types of sound that may come in
+  int send_type = payload_type::kPcmu;                    // payload type of what is sent
+  int event_type = kNone;                                 // payload type of telephone events that come in
+  std::array<std::optional<AudioCoding>, 128> receives{}; // sound that may come in, by payload type
   bool may_send = false;
   bool may_receive = false;
 

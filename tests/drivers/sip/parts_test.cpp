@@ -1,0 +1,138 @@
+// The small parts of the SIP line that need no network.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "drivers/lines_file.h"
+#include "drivers/sip/caller_identity.h"
+#include "drivers/sip/dial_target.h"
+#include "drivers/sip/digit_receiver.h"
+#include "drivers/sip/rate_limiter.h"
+#include "drivers/sip/sip_settings.h"
+
+namespace kelmio {
+namespace {
+
+using namespace std::chrono_literals;
+
+class LinesFileTest : public testing::Test {
+protected:
+  LinesFileTest() : path(testing::TempDir() + "Lines-" + std::to_string(::getpid()) + ".ini") {
+    std::remove(path.c_str());
+  }
+  ~LinesFileTest() override { std::remove(path.c_str()); }
+  void Write(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+  std::string Text() {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+  }
+  std::string path;
+};
+
+TEST_F(LinesFileTest, IsMadeWithItsExplanationAndThenLeftAlone) {
+  {
+    LinesFile file(path);
+    const SipSettings settings = ReadSipSettings(file);
+    EXPECT_EQ(settings.listen, (ListenAddress{"127.0.0.1", 5060}));
+    EXPECT_EQ(settings.ring_period, 6000ms);
+    EXPECT_EQ(settings.device_id, 1);
+    EXPECT_TRUE(settings.notes.empty());
+  }
+  const std::string first = Text();
+  EXPECT_NE(first.find("; Listen:"), std::string::npos);
+  EXPECT_NE(first.find("\r\n[SIP]\r\n"), std::string::npos);
+  LinesFile again(path);
+  ReadSipSettings(again);
+  EXPECT_EQ(Text(), first);
+}
+
+TEST_F(LinesFileTest, FallsBackFromNonsenseWithAWord) {
+  Write("[sip]\nListen=0.0.0.0\nRingPeriod=soon\n");
+  LinesFile file(path);
+  const SipSettings settings = ReadSipSettings(file);
+  EXPECT_EQ(settings.listen, ListenAddress{});
+  EXPECT_EQ(settings.ring_period, 6000ms);
+  EXPECT_EQ(settings.notes.size(), 2U);
+  EXPECT_EQ(ParseListenAddress("[::1]:5070"), (ListenAddress{"::1", 5070}));
+  for (const char* bad : {"", ":5060", "host:5060", "1.2.3.4:70000", "1.2.3.4:", "::1:5060", "1.2.3:5060"})
+    EXPECT_FALSE(ParseListenAddress(bad)) << bad;
+}
+
+TEST_F(LinesFileTest, KeepsEachLinesNumberAndGivesNoneTwice) {
+  Write("[Devices]\nSIP=4\nBad=-3\nModem=4\nOther=1\n");
+  LinesFile file(path);
+  EXPECT_EQ(file.DeviceNumber("sip"), 4);
+  EXPECT_EQ(file.DeviceNumber("Modem"), 2);
+  EXPECT_EQ(file.DeviceNumber("Bad"), 3);
+  EXPECT_EQ(file.DeviceNumber("New"), 5);
+  LinesFile restarted(path);
+  EXPECT_EQ(restarted.DeviceNumber("Modem"), 2);
+  EXPECT_EQ(restarted.DeviceNumber("New"), 5);
+}
+
+TEST(CallerIdentity, IsCleanText) {
+  const auto name = [](std::string_view raw) { return ReadCallerIdentity(raw, "1").name; };
+  EXPECT_EQ(name("A\r\nB\x7F\xC2\x85"
+                 "C"),
+            "ABC");
+  EXPECT_EQ(name("M\xFCller"), "M\xC3\xBCller");     // Latin-1
+  EXPECT_EQ(name("evil\xE2\x80\xAEgnp"), "evilgnp"); // turned writing
+  EXPECT_EQ(name("\xC0\x80\xED\xA0\x80").find('\0'), std::string::npos);
+  EXPECT_LE(name(std::string(5000, 'x')).size(), 200U);
+  EXPECT_EQ(ReadCallerIdentity("", "%41%4a%zz%").number, "AJ%zz%");
+  EXPECT_EQ(ReadCallerIdentity("", "%0d%0a1").number, "1");
+}
+
+TEST(DialTarget, TakesAddressesAndTellsNumbersApart) {
+  const auto uri = [](std::string_view text) { return ParseDialTarget(text).uri; };
+  EXPECT_EQ(uri(" SIP:bob@10.0.0.1:5070;transport=tcp "), "sip:bob@10.0.0.1:5070;transport=tcp");
+  EXPECT_EQ(uri("bob #1@host"), "sip:bob%20%231@host");
+  EXPECT_EQ(uri("sip:[::1]"), "sip:[::1]");
+  EXPECT_EQ(ParseDialTarget("+49 30 123").kind, DialTarget::Kind::Number);
+  for (const char* bad : {"", " ", "a@", "a@b c", "a@b>", "sip:a@b\r\nX: 1"})
+    EXPECT_EQ(ParseDialTarget(bad).kind, DialTarget::Kind::Invalid) << bad;
+}
+
+TEST(RateLimiter, SilencesOneSourceAndHearsOthers) {
+  RateLimiter limiter(5, 20);
+  const RateLimiter::Time start{};
+  int passed = 0;
+  for (int i = 0; i < 1000; ++i)
+    passed += limiter.Allow(1, start) ? 1 : 0;
+  EXPECT_EQ(passed, 20);
+  EXPECT_TRUE(limiter.Allow(2, start));
+  EXPECT_TRUE(limiter.Allow(1, start + 1s));
+}
+
+TEST(DigitReceiver, GivesEachKeyOnce) {
+  DigitReceiver digits;
+  DigitReceiver::Time now{};
+  std::string heard;
+  const auto put = [&](std::uint8_t code, bool end, std::uint32_t timestamp, bool marker) {
+    const std::array<std::uint8_t, 4> payload{code, static_cast<std::uint8_t>(end ? 0x8A : 0x0A), 0, 160};
+    now += 20ms;
+    RtpPacket packet;
+    packet.marker = marker;
+    packet.timestamp = timestamp;
+    packet.payload = payload;
+    if (const auto digit = digits.Put(packet, now))
+      heard += *digit;
+  };
+  for (int i = 0; i < 5; ++i)
+    put(1, i > 2, 1000, i == 0);
+  put(1, false, 2000, true); // the same key again
+  put(1, true, 2000, false);
+  put(11, true, 3000, false); // all but its end was lost
+  put(1, true, 2000, false);  // overtaken
+  for (std::uint32_t i = 0; i < 5; ++i)
+    put(12, false, 4000 + i * 160, i == 0); // a sender that moves the time along
+  put(16, false, 9000, true);               // no digit
+  EXPECT_EQ(heard, "11#A");
+}
+
+} // namespace
+} // namespace kelmio

@@ -1,0 +1,97 @@
+// The other end of a SIP line: a user agent of its own making over plain UDP sockets.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "drivers/sip/rtp_packet.h"
+
+namespace kelmio {
+
+/// A UDP socket on loopback.
+class TestSocket {
+public:
+  TestSocket();
+  ~TestSocket();
+  TestSocket(const TestSocket&) = delete;
+  TestSocket& operator=(const TestSocket&) = delete;
+
+  std::uint16_t Port() const { return port_; }
+  void Send(std::uint16_t port, std::string_view bytes) const;
+  /// Nothing when none comes in time. `from` is told the sender's port.
+  std::optional<std::string> Receive(std::chrono::milliseconds limit, std::uint16_t* from = nullptr) const;
+
+private:
+  int descriptor_;
+  std::uint16_t port_ = 0;
+};
+
+/// One SIP message, by its text.
+struct SipText {
+  std::string text;
+  int Status() const; // 0 for a request
+  std::string Method() const;
+  std::string Header(std::string_view name) const;
+  std::string Body() const;
+  /// The port of the "m=audio" line.
+  std::uint16_t MediaPort() const;
+  bool Says(std::string_view words) const { return text.find(words) != std::string::npos; }
+};
+
+/// A caller or callee with one dialog at a time. It retransmits nothing.
+class SipPeer {
+public:
+  explicit SipPeer(std::uint16_t line_port);
+
+  TestSocket rtp;
+  std::string from = "\"Test\" <sip:test@127.0.0.1>";
+  std::string more_headers; // of every request, each ending in CR LF
+
+  std::uint16_t Port() const { return sip_.Port(); }
+  void SendRaw(std::string_view bytes) const { sip_.Send(line_port_, bytes); }
+
+  /// Offer or answer with the given formats ("0 8 9 101") and further lines, each ending in CR LF.
+  std::string Sdp(std::string_view formats = "0 101", std::string_view more = "a=sendrecv\r\n") const;
+
+  // As a caller.
+  void Invite(const std::string& body);
+  void Reinvite(const std::string& body);
+  void Ack(const std::string& body = "");
+  void Cancel();
+  void Bye();
+  void Request(const std::string& method, const std::string& body = "", const std::string& extra = "");
+
+  // As a callee, or towards a request of the line.
+  void Reply(const SipText& request, int status, const std::string& reason, const std::string& body = "");
+
+  /// The next message, any.
+  std::optional<SipText> Next(std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
+  /// The next response of this status to the latest request, others passed over.
+  std::optional<SipText> Await(int status, std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
+  /// The next request of this method, others passed over.
+  std::optional<SipText> AwaitRequest(std::string_view method,
+                                      std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
+
+  // Sound. `to` is the line's port for it.
+  void SendRtp(std::uint16_t to, const RtpPacket& packet) const;
+  std::optional<std::vector<std::uint8_t>> NextRtp(std::chrono::milliseconds limit = std::chrono::seconds{2}) const;
+
+private:
+  std::string Head(const std::string& method, int sequence, const std::string& branch) const;
+  void SendRequest(const std::string& method, int sequence, const std::string& branch, const std::string& body,
+                   const std::string& extra = "") const;
+
+  TestSocket sip_;
+  std::uint16_t line_port_;
+  int dialog_ = 0;
+  int sequence_ = 0;
+  int invite_sequence_ = 0;
+  std::string invite_branch_;
+  mutable std::string remote_tag_;
+};
+
+} // namespace kelmio
