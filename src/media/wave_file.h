@@ -76,6 +76,7 @@ private:
   std::unique_ptr<Storage> storage_; // outlives file_, which writes to it when it closes
   SndfileHandle file_;
   WaveFormatRecord format_;
+  std::uint64_t given_ = 0; // samples
   std::vector<std::int16_t> frames_;
   std::string error_;
 };

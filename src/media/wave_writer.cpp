@@ -17,8 +17,9 @@ namespace {
 
 // The sizes in a wave file have 32 bits; the header and a last block need their place too.
 constexpr off_t kLargestFile = off_t{std::numeric_limits<std::uint32_t>::max()} - 65536;
-// The format chunk comes first, so its block size always has this place.
-constexpr off_t kBlockAlignPlace = 32;
+// The format chunk comes first, so these always have their place.
+constexpr std::size_t kBlockAlignPlace = 32;
+constexpr std::size_t kBlockSamplesPlace = 38; // of the codings in blocks
 
 int SndfileFormat(const WaveFormatRecord& format) {
   switch (format.format_tag) {
@@ -101,11 +102,44 @@ struct WaveWriter::Storage {
     return kept;
   }
 
+  // Learns from the header as libsndfile has written it what lies where.
+  bool ReadLayout(const WaveFormatRecord& format) {
+    std::string header(static_cast<std::size_t>(Size()), '\0');
+    if (header.size() < kBlockSamplesPlace + 2 ||
+        ::pread(fd, header.data(), header.size(), 0) != static_cast<ssize_t>(header.size()))
+      return false;
+    const auto word = [&header](std::size_t place) {
+      return static_cast<unsigned char>(header[place]) + 256 * static_cast<unsigned char>(header[place + 1]);
+    };
+    data_start = static_cast<off_t>(header.size());
+    block = std::max(1, word(kBlockAlignPlace));
+    if (format.format_tag == wave_format_tag::kImaAdpcm || format.format_tag == wave_format_tag::kGsm610)
+      block_samples = word(kBlockSamplesPlace);
+    if (const std::size_t fact = header.find("fact", kBlockAlignPlace); fact != std::string::npos)
+      count_place = static_cast<off_t>(fact + 8);
+    return true;
+  }
+
+  // libsndfile counts samples that are still on their way to the disk, and miscounts those of two channels.
+  void WriteSampleCount(std::uint64_t given) {
+    if (count_place == 0)
+      return;
+    const auto stored = static_cast<std::uint64_t>(std::max<off_t>(Size() - data_start, 0) / block * block_samples);
+    const std::uint64_t count = std::min(given, stored);
+    unsigned char bytes[4];
+    for (unsigned i = 0; i < sizeof bytes; ++i)
+      bytes[i] = static_cast<unsigned char>(count >> (8 * i) & 0xFFU);
+    if (::pwrite(fd, bytes, sizeof bytes, count_place) != sizeof bytes && error == 0)
+      error = errno;
+  }
+
   const int fd;
   off_t position = 0;
-  off_t data_start = 0; // 0 until the header is known
-  off_t block = 1;      // bytes that stand or fall together
-  int error = 0;        // errno of the first refusal
+  off_t data_start = 0;    // 0 until the header is known
+  off_t block = 1;         // bytes that stand or fall together,
+  off_t block_samples = 1; // and the samples of a channel in them
+  off_t count_place = 0;   // of the count of samples in the header; 0 when the format has none
+  int error = 0;           // errno of the first refusal
 };
 
 std::unique_ptr<WaveWriter> WaveWriter::Create(const std::string& path, const WaveFormatRecord& format,
@@ -138,15 +172,12 @@ std::unique_ptr<WaveWriter> WaveWriter::Create(const std::string& path, const Wa
     sf_command(file.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
   if (storage->error != 0)
     error = ErrorText(storage->error);
-  std::uint8_t align[2] = {};
-  if (error.empty() && ::pread(fd, align, sizeof align, kBlockAlignPlace) != sizeof align)
+  if (error.empty() && !storage->ReadLayout(format))
     error = ErrorText(EIO);
   if (!error.empty()) {
     ::unlink(path.c_str()); // an empty file would pass for a recording
     return nullptr;
   }
-  storage->data_start = storage->Size();
-  storage->block = std::max(1, align[0] + 256 * align[1]);
   ::fsync(fd);
   SyncFolderOf(path);
   return std::unique_ptr<WaveWriter>(new WaveWriter(std::move(storage), std::move(file), format));
@@ -169,6 +200,7 @@ bool WaveWriter::Write(std::span<const std::int16_t> samples) {
     const auto value = eight_bit ? static_cast<std::int16_t>(std::min(sample + 128, 32767)) : sample;
     frames_.insert(frames_.end(), format_.channels, value);
   }
+  given_ += samples.size();
   const auto count = static_cast<sf_count_t>(samples.size());
   return Check(sf_writef_short(file_.get(), frames_.data(), count) == count);
 }
@@ -177,6 +209,7 @@ bool WaveWriter::UpdateHeader() {
   if (!file_)
     return false;
   sf_command(file_.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
+  storage_->WriteSampleCount(given_);
   return Check(true);
 }
 
@@ -192,6 +225,7 @@ bool WaveWriter::Finish() {
   if (!file_)
     return error_.empty();
   file_.reset();
+  storage_->WriteSampleCount(given_);
   Check(true);
   ::fsync(storage_->fd);
   return error_.empty();

@@ -1,10 +1,8 @@
-#include <sys/resource.h>
-
-#include <csignal>
+#include <atomic>
 #include <filesystem>
-#include <limits>
 #include <thread>
 
+#include "media/full_disk.h"
 #include "media/sound_desk.h"
 #include "media/wave_recorder.h"
 
@@ -147,26 +145,6 @@ TEST_F(RecordSound, TellsWhyAFileCannotBeMade) {
   EXPECT_TRUE(sound_->Record(Request()));
 }
 
-// Lets files grow to so many bytes and no further while it lives, as a full disk does.
-class FullDisk {
-public:
-  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &limit_);
-    const rlimit full{bytes, limit_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &limit_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-  void (*handler_)(int);
-  rlimit limit_{};
-};
-
 TEST_F(RecordSound, AFullDiskLeavesAWholeFile) {
   const Samples call = Speech(-20, 8);
   ASSERT_TRUE(sound_->Record(Request()));
@@ -219,6 +197,7 @@ TEST_F(RecordSound, OperationsAndSoundMayMeetInAnyWay) {
     while (!stop) {
       port->Received(far, 8000);
       port->ToSend(near, 8000);
+      std::this_thread::yield();
     }
   });
   for (int i = 0; i < 20; ++i) {
@@ -230,10 +209,14 @@ TEST_F(RecordSound, OperationsAndSoundMayMeetInAnyWay) {
     if (i % 3 == 0)
       sound_->StopPlay();
   }
+  sound_->StopRecord();
+  Reports();
+  EXPECT_TRUE(sound_->Record(request));
+  EXPECT_TRUE(Wait([&] { return Reports().find("recorded") != std::string::npos; })) << "one second is full at last";
   sound_.reset();
   stop = true;
   driver.join();
-  EXPECT_FALSE(ReadAll(path_).empty());
+  EXPECT_EQ(ReadAll(path_).size(), 8000U);
 }
 
 } // namespace

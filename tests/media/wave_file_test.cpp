@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "media/full_disk.h"
 #include "media/recording_format.h"
 #include "media/sound_desk.h"
 #include "media/wave_device.h"
@@ -36,6 +37,32 @@ double LeastFidelity(const WaveFormatRecord& format) {
   }
 }
 
+// The sizes that the header of a wave file claims.
+struct Claims {
+  std::uint32_t riff = 0;
+  std::uint32_t samples = 0; // of the fact chunk
+  std::uint32_t data = 0;
+  std::uint32_t data_start = 0;
+};
+
+Claims ReadClaims(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const auto word = [&file](std::uint32_t place) {
+    unsigned char bytes[4] = {};
+    file.seekg(place);
+    file.read(reinterpret_cast<char*>(bytes), sizeof bytes);
+    return bytes[0] | bytes[1] << 8U | bytes[2] << 16U | static_cast<std::uint32_t>(bytes[3]) << 24U;
+  };
+  Claims claims{word(4)};
+  for (std::uint32_t place = 12; file && claims.data_start == 0; place += 8 + word(place + 4)) {
+    if (word(place) == 0x74636166) // "fact"
+      claims.samples = word(place + 8);
+    if (word(place) == 0x61746164) // "data"
+      claims.data = word(place + 4), claims.data_start = place + 8;
+  }
+  return claims;
+}
+
 TEST_F(WaveFile, EachFormatKeepsTheSoundAndATrueHeaderOnTheWay) {
   for (const WaveFormatRecord& format : RecordableFormats()) {
     SCOPED_TRACE(::testing::Message() << "tag " << format.format_tag << ", " << format.bits_per_sample << " bits, "
@@ -65,6 +92,40 @@ TEST_F(WaveFile, EachFormatKeepsTheSoundAndATrueHeaderOnTheWay) {
     EXPECT_GE(whole.size(), sound.size());
     EXPECT_LT(whole.size(), sound.size() + 4200) << "no more than the filling of a last block";
     EXPECT_GT(SignalToNoise(sound, whole), LeastFidelity(format));
+    if (format.format_tag != wave_format_tag::kPcm) {
+      EXPECT_EQ(ReadClaims(path_).samples, sound.size());
+    }
+  }
+}
+
+TEST_F(WaveFile, AFullDiskLeavesWholeBlocksAndATrueHeader) {
+  for (const WaveFormatRecord& format : RecordableFormats()) {
+    if (format.samples_per_second != 8000)
+      continue;
+    SCOPED_TRACE(::testing::Message() << "tag " << format.format_tag << ", " << format.channels << " channels");
+    const Samples sound = Sines({300, 500}, -16, 20);
+    const auto writer = Create(format);
+    ASSERT_TRUE(writer);
+    {
+      const FullDisk disk(20001);
+      std::size_t written = 0;
+      while (written + 1000 <= sound.size() && writer->Write(std::span(sound).subspan(written, 1000)))
+        written += 1000;
+      EXPECT_LT(written + 1000, sound.size());
+      EXPECT_FALSE(writer->Write(sound)) << "once refused, nothing more is taken";
+      EXPECT_FALSE(writer->Finish());
+      EXPECT_FALSE(writer->Error().empty());
+    }
+    const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path_));
+    const Claims claims = ReadClaims(path_);
+    EXPECT_EQ(claims.riff, size - 8);
+    EXPECT_EQ(claims.data, size - claims.data_start);
+    EXPECT_GT(size, 19000U);
+    const Samples kept = ReadAll(path_);
+    EXPECT_GT(SignalToNoise(std::span(sound).first(kept.size()), kept), LeastFidelity(format));
+    if (format.format_tag != wave_format_tag::kPcm) {
+      EXPECT_EQ(claims.samples, std::min(kept.size(), sound.size()));
+    }
   }
 }
 
