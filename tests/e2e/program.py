@@ -75,7 +75,7 @@ class Home:
             sound.write_wave(self.path / "Sound" / "Greeting.wav", greeting)
         if contacts:
             (self.path / "Contacts.ini").write_text(contacts, newline="\r\n")
-        values = {"RecordingSilenceLength": 10000, "AutoAnswerRingCount": 2, "AutoStart": 0} | (settings or {})
+        values = {"RecordingSilenceLength": 60000, "AutoAnswerRingCount": 2, "AutoStart": 0} | (settings or {})
         lines = "".join(f'"{name}"="{value}"\r\n' for name, value in values.items())
         (self._folder / "registry.reg").write_text(
             "Windows Registry Editor Version 5.00\r\n\r\n"

@@ -40,7 +40,8 @@ class Message:
 class Voice(threading.Thread):
     """Sends what it is given to say in packets of 20 ms on time, silence in between; keeps every packet heard.
 
-    `loss` is the share of packets that never leave; `jitter` the standard deviation of their delay in seconds.
+    `loss` is the share of packets of what is said that never leave, the same ones in every run; `lost` counts them.
+    `jitter` is the standard deviation of the packets' delay in seconds.
     """
 
     def __init__(self, loss=0.0, jitter=0.0, seed=7):
@@ -49,7 +50,8 @@ class Voice(threading.Thread):
         self.socket.bind(("127.0.0.1", 0))
         self.socket.settimeout(0.2)
         self.port = self.socket.getsockname()[1]
-        self._random = random.Random(seed)
+        self.lost = 0
+        self._fate, self._delays = random.Random(seed), random.Random(seed)
         self._loss, self._jitter = loss, jitter
         self._lock = threading.Lock()
         self._to_say = np.zeros(0, np.int16)
@@ -105,14 +107,18 @@ class Voice(threading.Thread):
         for tick in itertools.count():
             stamp = tick * sound.FRAME
             event = event or self._next_event(stamp)
+            lost = False
             if event:
                 packets, event = self._event_packets(event)
             else:
-                packets = [(0, stamp, self._next_frame())]
+                frame = self._next_frame()
+                lost = len(frame) > 0 and self._fate.random() < self._loss
+                packets = [(0, stamp, sound.mulaw_encode(np.pad(frame, (0, sound.FRAME - len(frame)))))]
+            self.lost += lost
             for payload_type, packet_stamp, payload in packets:
                 sequence += 1
                 header = struct.pack("!BBHII", 0x80, payload_type, sequence & 0xFFFF, packet_stamp, 0x4B454C4D)
-                if self._random.random() >= self._loss:
+                if not lost:
                     waiting.append((started + tick * _PACKET_SECONDS + self._delay(), header + payload))
             if not self._send_until(started + (tick + 1) * _PACKET_SECONDS, waiting):
                 return
@@ -120,7 +126,7 @@ class Voice(threading.Thread):
     def _delay(self):
         if not self._jitter:
             return 0.0
-        return min(max(self._random.gauss(0.0, self._jitter), -3 * self._jitter), 3 * self._jitter) + 3 * self._jitter
+        return 3 * self._jitter + min(max(self._delays.gauss(0.0, self._jitter), -3 * self._jitter), 3 * self._jitter)
 
     def _send_until(self, end, waiting):
         """Sends what is due before `end`, each at its time; False when the call is over."""
@@ -141,7 +147,7 @@ class Voice(threading.Thread):
             frame, self._to_say = self._to_say[: sound.FRAME], self._to_say[sound.FRAME :]
             if len(self._to_say) == 0:
                 self._said.set()
-        return sound.mulaw_encode(np.pad(frame, (0, sound.FRAME - len(frame))))
+        return frame
 
     def _next_event(self, stamp):
         with self._lock:

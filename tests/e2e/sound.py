@@ -109,14 +109,15 @@ def _cut(whole, start, count):
 class Comparison:
     """How `sent` came out in `received`: `correlation`, `level_db` (received over sent) and frames `damaged`.
 
-    A receiver may absorb delay by shifting what follows, so a frame counts as damaged only when it is found neither
-    where the frame before was nor at a place near by where the frames behind it are found too.
+    A frame is damaged when its error isn't `good_db` below the sound; G.711 alone leaves some 37 dB. A receiver may
+    absorb delay by shifting what follows, so a frame counts only when it is found neither where the frame before was
+    nor at a place near by where the frames behind it are found too.
     """
 
-    _GOOD_DB = 15.0  # G.711 alone leaves some 37 dB between sound and error
     _REACH = 10 * FRAME  # how far the sound may shift at a time
 
-    def __init__(self, sent, received):
+    def __init__(self, sent, received, good_db=15.0):
+        self._good_db = good_db
         start = offset_of(sent, received)
         a, b = sent.astype(np.float64), _cut(received, start, len(sent))
         loudness = np.sqrt(np.sum(a * a) * np.sum(b * b))
@@ -140,7 +141,7 @@ class Comparison:
     def _matches(self, sent, received, index, frames, offset):
         part = sent[index * FRAME : (index + frames) * FRAME]
         error = part - _cut(received, offset + index * FRAME, len(part))
-        return np.sum(part * part) > 10 ** (self._GOOD_DB / 10) * np.sum(error * error)
+        return np.sum(part * part) > 10 ** (self._good_db / 10) * np.sum(error * error)
 
     def _shift_at(self, sent, received, index, offset):
         frames = min(3, self.frames - index)

@@ -43,9 +43,9 @@ class ThirdParty(ProgramTestCase):
     def test_baresip(self):
         sound.write_wave(self.folder / "speech.wav", SAID)
         (self.folder / "config").write_text(
-            f"sip_listen 127.0.0.1:{free_port()}\nnet_interface lo\naudio_source aufile,{self.folder}/speech.wav\n"
+            f"sip_listen 127.0.0.1:{free_port()}\nnet_interface 127.0.0.1\naudio_source aufile,{self.folder}/speech.wav\n"
             f"audio_player aufile,{self.folder}/heard.wav\naudio_alert aufile,{self.folder}/heard.wav\n"
-            "module_path /usr/lib/baresip/modules\nmodule account.so\nmodule g711.so\nmodule aufile.so\n"
+            "module_path /usr/lib/baresip/modules\nmodule_app account.so\nmodule g711.so\nmodule aufile.so\n"
             "module_app menu.so\n")
         (self.folder / "accounts").write_text('"Bare Caller" <sip:5550002@127.0.0.1>;regint=0;audio_codecs=PCMU\n')
         (self.folder / "contacts").write_text("")
