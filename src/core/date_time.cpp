@@ -37,8 +37,9 @@ std::optional<std::array<int, 3>> ThreeNumbers(std::string_view text, char separ
 }
 
 std::string PaddedYear(int year) {
-  const std::string digits = std::to_string(year);
-  return std::string(4 - std::min<std::size_t>(digits.size(), 4), '0') + digits;
+  std::string digits = std::to_string(year);
+  digits.insert(0, 4 - std::min<std::size_t>(digits.size(), 4), '0');
+  return digits;
 }
 
 std::string ShortYear(int year) {
@@ -125,8 +126,11 @@ std::string FormatTimeAmPm(const LocalDateTime& moment) {
 }
 
 std::string TwoDigits(std::int64_t number) {
-  const std::string digits = std::to_string(number < 0 ? -number : number);
-  return (number < 0 ? "-" : "") + std::string(digits.size() < 2 ? 1 : 0, '0') + digits;
+  std::string text = number < 0 ? "-" : "";
+  const std::string digits = std::to_string(std::abs(number));
+  if (digits.size() < 2)
+    text += '0';
+  return text += digits;
 }
 
 } // namespace kelmio

@@ -1,7 +1,6 @@
 // Dates and times as the stores write and sort them, without any locale.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,7 +15,8 @@ namespace kelmio {
 /// of day alone is a point on that day.
 struct DateValue {
   std::int64_t seconds = 0;
-  auto operator<=>(const DateValue&) const = default;
+  bool operator==(const DateValue&) const = default;
+  bool operator<(const DateValue& other) const { return seconds < other.seconds; }
 };
 
 inline constexpr std::int64_t kSecondsPerMinute = 60;

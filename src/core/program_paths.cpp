@@ -25,7 +25,7 @@ bool IsSystemFolder(const fs::path& folder) {
 // A folder of the desktop's base directories: a variable that isn't an absolute path is to be ignored.
 fs::path BaseFolder(const Surroundings& surroundings, const char* variable, const char* below_home,
                     const fs::path& without_home) {
-  const fs::path named = surroundings.variable(variable).value_or("");
+  fs::path named = surroundings.variable(variable).value_or("");
   if (named.is_absolute())
     return named;
   const fs::path home = surroundings.variable("HOME").value_or("");
@@ -61,7 +61,7 @@ std::string ChooseAppPath(const Surroundings& surroundings, const std::string& e
 }
 
 std::string ChooseRegistryPath(const Surroundings& surroundings, const std::string& executable) {
-  if (const std::string named = surroundings.variable("KELMIO_REGISTRY").value_or(""); !named.empty())
+  if (std::string named = surroundings.variable("KELMIO_REGISTRY").value_or(""); !named.empty())
     return named;
   return (BaseFolder(surroundings, "XDG_CONFIG_HOME", ".config", FolderOf(executable)) / "kelmio" / "registry.reg")
       .string();

@@ -18,6 +18,7 @@ ContactRecord ReadContact(const IniDocument& file, const std::string& contact_id
 
 bool WriteContact(const ContactRecord& contact, const std::string& file) {
   std::vector<std::pair<std::string, std::string>> keys;
+  keys.reserve(kContactFields.size());
   for (const ContactField& field : kContactFields)
     keys.emplace_back(field.key, contact.*field.member);
   return mIni::IniWriteSection(contact.ContactID, keys, file);

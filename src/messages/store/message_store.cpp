@@ -28,7 +28,7 @@ std::int32_t FileLength(const std::string& path) {
 // Sorts by one member, stable and strict in both directions, so that ties keep the order of the index.
 template <class Member> void SortBy(std::vector<MessageRecord>& messages, Member member, bool descending) {
   std::stable_sort(messages.begin(), messages.end(), [&](const MessageRecord& left, const MessageRecord& right) {
-    return descending ? left.*member > right.*member : left.*member < right.*member;
+    return descending ? right.*member < left.*member : left.*member < right.*member;
   });
 }
 
