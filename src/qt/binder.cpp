@@ -47,12 +47,18 @@ std::vector<std::string> Bind(QWidget& window, Form& form) {
   form.VisitControls(binder);
   binder.bindings.push_back(new FormBinding(window, form));
   const std::vector<QPointer<ControlBinding>> all(binder.bindings.begin(), binder.bindings.end());
-  for (ControlBinding* binding : binder.bindings)
+  for (ControlBinding* binding : binder.bindings) {
     binding->on_change = [all, binding] {
       for (const QPointer<ControlBinding>& other : all)
         if (other && other != binding)
           other->OtherChanged();
     };
+    binding->show_form = [all] {
+      for (const QPointer<ControlBinding>& one : all)
+        if (one)
+          one->ShowIfPending();
+    };
+  }
   // After all are bound: a pane brings widgets of its own, whose names are another form's.
   for (ControlBinding* binding : binder.bindings)
     binding->ShowNow();

@@ -153,7 +153,7 @@ private:
   }
 
   void Restore(const std::string& state) {
-    ShowIfPending();
+    show_form(); // a layout fits the window's own size
     if (!RestoreLayout(window_, state))
       return;
     for (std::size_t bar = 0; bar < tool_bars_.size(); ++bar)

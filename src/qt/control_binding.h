@@ -38,6 +38,8 @@ public:
 
   /// Told after the widget followed its model or the model its widget.
   std::function<void()> on_change;
+  /// Brings the whole form up to date at once, where changes wait to be shown.
+  std::function<void()> show_form = [] {};
   /// Another control of the same form has changed.
   virtual void OtherChanged() {}
 

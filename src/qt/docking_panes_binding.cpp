@@ -119,7 +119,7 @@ private:
   }
 
   void Restore(const std::string& state) {
-    ShowIfPending();
+    show_form(); // a layout fits the window's own size
     if (!RestoreLayout(window_, state))
       return;
     for (const auto& [id, dock] : docks_)
