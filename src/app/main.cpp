@@ -59,7 +59,7 @@ int Run(QApplication& application) {
                      lines, app_path, executable});
   ApplyLook(application, DesktopScheme(application));
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
-  const UnixSignals signals([&](int) { main_form.Unload(); });
+  const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();
   main_form.Visible = true;
   return QApplication::exec();
