@@ -8,7 +8,6 @@ namespace kelmio {
 namespace {
 
 // Times in blocks of 10 ms.
-constexpr int kWindowBlocks = static_cast<int>(ToneSpectrum::kWindow / ToneDetector::kBlock);
 constexpr int kShortestTurn = 13; // 0.15 s, less what edges cost
 constexpr int kLongestTurn = 78;  // 0.75 s, and what edges add
 constexpr int kTurnSlack = 3;     // between turns that count as equal
@@ -20,6 +19,7 @@ constexpr int kTurnsOfBusy = 3;
 
 // Decibels around the tone's level.
 constexpr double kSameLevel = 6.0;
+constexpr double kSteadyLevel = 4.0; // from block to block, where two frequencies beat
 constexpr double kQuiet = 12.0;
 
 bool IsAlike(int a, int b) {
@@ -43,6 +43,8 @@ ToneDetector::Finding ToneDetector::Process(std::span<const std::int16_t, kBlock
   std::shift_left(recent_.begin(), recent_.end(), static_cast<std::ptrdiff_t>(kBlock));
   std::copy(block.begin(), block.end(), recent_.end() - static_cast<std::ptrdiff_t>(kBlock));
   const double level = LevelOf(block);
+  std::shift_left(levels_.begin(), levels_.end(), 1);
+  levels_.back() = level;
   switch (phase_) {
   case Phase::On:
     return On(level);
@@ -55,14 +57,18 @@ ToneDetector::Finding ToneDetector::Process(std::span<const std::int16_t, kBlock
 }
 
 void ToneDetector::Idle(double level) {
+  // Most sound is told from a tone by its level alone, and a tone is looked at once it fills the window.
+  const auto [lowest, highest] = std::minmax_element(levels_.begin(), levels_.end());
+  if (*highest - *lowest > kSteadyLevel)
+    return;
   const auto tone = spectrum_.Analyse(recent_);
   if (!tone)
     return;
   phase_ = Phase::On;
   tone_ = *tone;
   tone_level_ = level;
-  turn_ = {kWindowBlocks, 0};
-  loud_run_ = kWindowBlocks;
+  turn_ = {static_cast<int>(kWindowBlocks), 0};
+  loud_run_ = static_cast<int>(kWindowBlocks);
   odd_blocks_ = 0;
 }
 
@@ -76,12 +82,9 @@ ToneDetector::Finding ToneDetector::On(double level) {
   ++turn_.on;
   ++loud_run_;
   bool fits = level <= tone_level_ + kSameLevel;
-  if (fits && loud_run_ >= kWindowBlocks) {
+  if (fits && loud_run_ >= static_cast<int>(kWindowBlocks)) {
     const auto tone = spectrum_.Analyse(recent_);
     fits = tone && IsSameTone(*tone, tone_);
-    // The first look may have caught the tone half begun.
-    if (fits && turn_count_ == 0 && turn_.on <= 2 * kWindowBlocks)
-      tone_ = *tone;
   }
   if (!fits && ++odd_blocks_ > kOddAllowed) {
     Reset();

@@ -25,6 +25,8 @@ public:
   Finding Process(std::span<const std::int16_t, kBlock> block);
 
 private:
+  static constexpr std::size_t kWindowBlocks = ToneSpectrum::kWindow / kBlock;
+
   enum class Phase : std::uint8_t { Idle, On, Off };
   struct Turn { // in blocks
     int on = 0;
@@ -39,6 +41,7 @@ private:
 
   ToneSpectrum spectrum_;
   std::array<float, ToneSpectrum::kWindow> recent_{};
+  std::array<double, kWindowBlocks> levels_{}; // of the blocks in `recent_`, in decibels
 
   Phase phase_ = Phase::Idle;
   TonePair tone_;         // what is followed while not idle,

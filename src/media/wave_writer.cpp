@@ -226,9 +226,7 @@ bool WaveWriter::Finish() {
     return error_.empty();
   file_.reset();
   storage_->WriteSampleCount(given_);
-  Check(true);
-  ::fsync(storage_->fd);
-  return error_.empty();
+  return Sync();
 }
 
 bool WaveWriter::Check(bool done) {

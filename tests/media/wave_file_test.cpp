@@ -48,10 +48,11 @@ struct Claims {
 Claims ReadClaims(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   const auto word = [&file](std::uint32_t place) {
-    unsigned char bytes[4] = {};
+    std::uint32_t value = 0;
     file.seekg(place);
-    file.read(reinterpret_cast<char*>(bytes), sizeof bytes);
-    return bytes[0] | bytes[1] << 8U | bytes[2] << 16U | static_cast<std::uint32_t>(bytes[3]) << 24U;
+    for (unsigned shift = 0; shift < 32; shift += 8)
+      value |= static_cast<std::uint32_t>(file.get() & 0xFF) << shift;
+    return value;
   };
   Claims claims{word(4)};
   for (std::uint32_t place = 12; file && claims.data_start == 0; place += 8 + word(place + 4)) {
