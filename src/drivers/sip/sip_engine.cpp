@@ -1,12 +1,9 @@
 #include "drivers/sip/sip_engine.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <mutex>
 
 #include "drivers/sip/sip_replies.h"
+#include "drivers/sip/sip_transports.h"
 
 // libre's header for its own words asks who speaks.
 #define DEBUG_MODULE "kelmio"
@@ -17,31 +14,12 @@ namespace kelmio {
 
 namespace {
 
-constexpr char kSoftware[] = "Kelmio";
 constexpr std::uint32_t kHashSize = 32;
-// With a port left to the system, the one that UDP got may be taken for TCP.
-constexpr int kPortAttempts = 20;
 constexpr std::uint32_t kMostNameServers = 4;
 // What one stranger may ask of a line that isn't for this computer only. A person redials less often, and a
 // flood costs no more than this.
 constexpr double kRequestsPerSecond = 5;
 constexpr double kRequestBurst = 20;
-
-/// The address of this computer from which a way leads to `peer`. Nothing is sent.
-std::optional<sa> SourceTowards(const sa& peer) {
-  const int descriptor = socket(sa_af(&peer), SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (descriptor < 0)
-    return std::nullopt;
-  sa target = peer;
-  if (sa_port(&target) == 0)
-    sa_set_port(&target, SIP_PORT);
-  sa source{};
-  source.len = sizeof(source.u);
-  const bool found =
-      connect(descriptor, &target.u.sa, target.len) == 0 && getsockname(descriptor, &source.u.sa, &source.len) == 0;
-  close(descriptor);
-  return found ? std::optional(source) : std::nullopt;
-}
 
 void InitializeLibrary() {
   static std::once_flag once;
@@ -58,17 +36,15 @@ void InitializeLibrary() {
 struct SipEngine::Loop {
   RePtr<mqueue> commands;
   RePtr<dnsc> names;
-  RePtr<sip> stack;
+  SipTransports transports;
   RePtr<sipsess_sock> sessions;
-  sa listen{};
-  bool guarded = false; // others than this computer can reach the line
   RateLimiter limiter{kRequestsPerSecond, kRequestBurst};
 
   ~Loop() {
     sipsess_close_all(sessions.get());
     sessions.reset();
     // A goodbye is on its way by now; nobody waits for its confirmation.
-    sip_close(stack.get(), true);
+    transports.Close();
   }
 };
 
@@ -125,10 +101,10 @@ void SipEngine::Run(std::promise<int> started) {
 }
 
 int SipEngine::OpenLoop() {
-  loop_ = std::make_unique<Loop>();
-  if (const int error = sa_set_str(&loop_->listen, settings_.listen.host.c_str(), settings_.listen.port))
+  sa listen{};
+  if (const int error = sa_set_str(&listen, settings_.listen.host.c_str(), settings_.listen.port))
     return error;
-  loop_->guarded = !sa_is_loopback(&loop_->listen);
+  loop_ = std::make_unique<Loop>();
 
   mqueue* commands = nullptr;
   if (const int error = mqueue_alloc(&commands, &SipEngine::OnCommand, this))
@@ -144,8 +120,9 @@ int SipEngine::OpenLoop() {
   if (dns_srv_get(domain, sizeof(domain), servers, &count) == 0 && dnsc_alloc(&names, nullptr, servers, count) == 0)
     loop_->names.reset(names);
 
-  if (const int error = BindTransports())
+  if (const int error = loop_->transports.Open(listen, loop_->names.get()))
     return error;
+  port_ = loop_->transports.Port();
 
   // The stack owns its listeners; their order is the order in which they see a message.
   sipsess_sock* sessions = nullptr;
@@ -159,53 +136,16 @@ int SipEngine::OpenLoop() {
   return sip_listen(nullptr, Stack(), false, &SipEngine::OnResponseLeft, this);
 }
 
-int SipEngine::BindTransports() {
-  const int attempts = settings_.listen.port == 0 ? kPortAttempts : 1;
-  int error = 0;
-  for (int attempt = 0; attempt < attempts; ++attempt) {
-    sip* stack = nullptr;
-    if ((error = sip_alloc(&stack, loop_->names.get(), kHashSize, kHashSize, kHashSize, kSoftware, nullptr, nullptr)))
-      return error;
-    loop_->stack.reset(stack);
-    sa address = loop_->listen;
-    error = sip_transp_add(stack, SIP_TRANSP_UDP, &address);
-    if (error == 0)
-      error = sip_transp_laddr(stack, &address, SIP_TRANSP_UDP, nullptr);
-    if (error == 0)
-      error = sip_transp_add(stack, SIP_TRANSP_TCP, &address);
-    if (error == 0) {
-      port_ = sa_port(&address);
-      loop_->listen = address;
-      return 0;
-    }
-    loop_->stack.reset();
-  }
-  return error;
-}
-
 sipsess_sock* SipEngine::Sessions() {
   return loop_->sessions.get();
 }
 
 sip* SipEngine::Stack() {
-  return loop_->stack.get();
+  return loop_->transports.Stack();
 }
 
 std::optional<sa> SipEngine::AddressTowards(const sa& peer) {
-  sa address = loop_->listen;
-  if (!sa_is_any(&address))
-    return address;
-  // Bound everywhere: the way there tells which of our addresses the peer can reach.
-  if (sa_isset(&peer, SA_ADDR)) {
-    const auto source = SourceTowards(peer);
-    if (!source)
-      return std::nullopt;
-    address = *source;
-  } else if (net_default_source_addr_get(sa_af(&loop_->listen), &address) != 0) {
-    return std::nullopt;
-  }
-  sa_set_port(&address, port_);
-  return address;
+  return loop_->transports.AddressTowards(peer);
 }
 
 void SipEngine::CallOver(SipCall& call) {
@@ -267,9 +207,11 @@ void SipEngine::Invited(const sip_msg& invite) {
 
 bool SipEngine::OnAnyRequest(const sip_msg* message, void* self) {
   Loop& loop = *static_cast<SipEngine*>(self)->loop_;
+  if (loop.transports.TakeKnock(*message))
+    return true;
   // A flood is met with silence. What belongs to a call is let through.
   const bool opening = !pl_isset(&message->to.tag) && pl_strcmp(&message->met, "ACK") != 0;
-  return loop.guarded && opening &&
+  return loop.transports.BeyondThisComputer() && opening &&
          !loop.limiter.Allow(sa_hash(&message->src, SA_ADDR), std::chrono::steady_clock::now());
 }
 

@@ -52,7 +52,6 @@ private:
 
   void Run(std::promise<int> started);
   int OpenLoop();
-  int BindTransports();
   static void OnCommand(int id, void* data, void* self);
   static void OnInvite(const sip_msg* message, void* self);
   static bool OnAnyRequest(const sip_msg* message, void* self);

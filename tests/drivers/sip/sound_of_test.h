@@ -27,13 +27,16 @@ inline std::vector<std::int16_t> VoiceOfTest(double seconds, int rate = 8000) {
   return samples;
 }
 
-/// The offset in `heard`, a multiple of `step`, at which `said` matches best.
+/// The offset in `heard`, a multiple of `step` and at most a quarter second at 16000 samples, at which `said` matches
+/// best.
 inline std::size_t OffsetOf(std::span<const std::int16_t> said, std::span<const std::int16_t> heard, std::size_t step) {
   std::size_t best = 0;
   double best_match = -1;
-  for (std::size_t offset = 0; offset + said.size() / 2 < heard.size(); offset += step) {
+  constexpr std::size_t kFurthest = 4000;
+  constexpr std::size_t kCompared = 8000;
+  for (std::size_t offset = 0; offset <= kFurthest && offset < heard.size(); offset += step) {
     double match = 0;
-    for (std::size_t i = 0; i < said.size() && offset + i < heard.size(); i += 3)
+    for (std::size_t i = 0; i < std::min(said.size(), kCompared) && offset + i < heard.size(); i += 3)
       match += static_cast<double>(said[i]) * heard[offset + i];
     if (match > best_match) {
       best_match = match;
