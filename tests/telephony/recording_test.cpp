@@ -98,7 +98,7 @@ TEST(MessageRecording, StopsAndHangsUpAtTheUsersCommandAndIsHarmlessWithoutACall
   desk.Start();
   const auto call = desk.AnsweredCall();
   desk.form.ExecuteCommand(kCommandHangUp);
-  EXPECT_EQ(desk.sounds.Current()->Recording(), "");
+  EXPECT_EQ(desk.sounds.Current(), nullptr) << "the sound goes with its call";
   EXPECT_TRUE(desk.ToolbarEnabled(kCommandRecord));
   desk.Run();
   EXPECT_EQ(call->NowIn(), ScriptedCall::Phase::Over);
