@@ -55,8 +55,8 @@ QPalette MakePalette(const Tones& tones) {
 
 } // namespace
 
-Scheme DesktopScheme(const QApplication& application) {
-  return application.palette().color(QPalette::Window).lightness() < kDarkBelow ? Scheme::Dark : Scheme::Light;
+Scheme DesktopScheme(const QApplication& /*application*/) {
+  return QApplication::palette().color(QPalette::Window).lightness() < kDarkBelow ? Scheme::Dark : Scheme::Light;
 }
 
 void ApplyLook(QApplication& application, Scheme scheme) {

@@ -19,21 +19,22 @@ using testing::ElementsAre;
 
 TEST(QtEventLoopTest, RunsClosuresOfAllThreadsInTheOrderOfEachOne) {
   QtEventLoop loop;
-  std::vector<std::pair<int, int>> ran;
+  std::vector<std::pair<std::size_t, std::size_t>> ran;
   std::vector<std::thread> threads;
-  constexpr int kThreads = 3;
-  constexpr int kEach = 500;
-  for (int number = 0; number < kThreads; ++number)
+  constexpr std::size_t kThreads = 3;
+  constexpr std::size_t kEach = 500;
+  threads.reserve(kThreads);
+  for (std::size_t number = 0; number < kThreads; ++number)
     threads.emplace_back([&, number] {
-      for (int step = 0; step < kEach; ++step)
+      for (std::size_t step = 0; step < kEach; ++step)
         loop.Post([&ran, number, step] { ran.emplace_back(number, step); });
     });
   ASSERT_TRUE(WaitFor([&] { return ran.size() == kThreads * kEach; }));
   for (std::thread& thread : threads)
     thread.join();
-  std::vector<int> next(kThreads);
+  std::vector<std::size_t> next(kThreads);
   for (const auto& [number, step] : ran)
-    EXPECT_EQ(step, next[static_cast<std::size_t>(number)]++);
+    EXPECT_EQ(step, next[number]++);
 }
 
 TEST(QtEventLoopTest, GoesOnWithTheNextClosureInANestedRun) {
