@@ -39,7 +39,8 @@ void ScriptedCall::Ring(int count) {
 }
 
 void ScriptedCall::SendCallerID(const std::string& name, const std::string& number) {
-  line_->Report([call = shared_from_this(), name, number](LineEvents& events) { events.CallerID(*call, name, number); });
+  line_->Report(
+      [call = shared_from_this(), name, number](LineEvents& events) { events.CallerID(*call, name, number); });
 }
 
 void ScriptedCall::SendDigit(char digit) {
