@@ -16,6 +16,8 @@ import sound
 WAITING = "Waiting for a call"
 RECORDING = "Recording call..."
 
+PROGRAM = os.environ.get("KELMIO_PROGRAM") or pathlib.Path(__file__).parents[2] / "build/release/bin/kelmio"
+
 SKIPPED = 77  # SKIP_RETURN_CODE of the suite
 
 
@@ -128,7 +130,7 @@ class Program:
         self.log = []
         self._news = threading.Condition()
         self._process = subprocess.Popen(
-            [os.environ["KELMIO_PROGRAM"]], env=home.environment(), stdin=subprocess.DEVNULL,
+            [PROGRAM], env=home.environment(), stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
@@ -151,6 +153,10 @@ class Program:
         with self._news:
             told = self._news.wait_for(lambda: found() or self._process.poll() is not None, timeout)
         assert told and found(), f"no '{text}' in:\n" + "".join(self.log[since:])
+
+    @property
+    def pid(self):
+        return self._process.pid
 
     def runs(self):
         return self._process.poll() is None

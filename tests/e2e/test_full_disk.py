@@ -21,40 +21,38 @@ class FullDisk(unittest.TestCase):
         self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
         self.home = Home(folder=folder)
 
-    def call(self, program, seconds):
-        with Call(program.port) as call:
+    def call(self, program, samples, caller="<sip:5551234@127.0.0.1>"):
+        mark = program.mark()
+        with Call(program.port, caller) as call:
             call.answered()
-            program.wait_for_log(RECORDING)
-            call.voice.say(sound.voice(seconds))
-            self.assertTrue(program.runs())
+            program.wait_for_log(RECORDING, mark)
+            call.voice.say(samples)
+            time.sleep(0.3)  # what the jitter buffer still holds
             call.hang_up()
+        program.wait_for_log("Call ended", mark)
+        self.assertTrue(program.runs())
 
     def test_the_program_and_the_messages_before_survive(self):
         with Program(self.home) as program:
-            self.call(program, 2)
+            self.call(program, sound.voice(2))
             [(name, before)] = self.home.complete_messages(1)
             sound_before = (self.home.inbox / name).read_bytes()
 
             filler = self.home.path / "filler"
             room = os.statvfs(self.home.path)
             filler.write_bytes(b"x" * max(room.f_bavail * room.f_frsize - 40_000, 0))
-            self.call(program, 4)  # 64,000 bytes
+            mark = program.mark()
+            self.call(program, sound.voice(4))  # 64,000 bytes
+            program.wait_for_log("No space left on device", mark)
             self.assertEqual(self.home.messages().get(name), before)
             self.assertEqual((self.home.inbox / name).read_bytes(), sound_before)
 
             filler.unlink()
-            mark = program.mark()
-            with Call(program.port, "<sip:5550003@127.0.0.1>") as call:
-                call.answered()
-                program.wait_for_log(RECORDING, mark)
-                call.voice.say(sound.voice(1, seed=9))
-                time.sleep(0.3)  # what the jitter buffer still holds
-                call.hang_up()
-            program.wait_for_log("Idle", mark)
-            count = len(self.home.messages())
-            last, record = self.home.complete_messages(count)[-1]
+            speech = sound.voice(1, seed=9)
+            self.call(program, speech, "<sip:5550003@127.0.0.1>")
+            last, record = self.home.complete_messages(len(self.home.messages()))[-1]
             self.assertEqual(record["Number"], "5550003")
-            arrived = sound.Comparison(sound.voice(1, seed=9), sound.read_wave(self.home.inbox / last))
+            arrived = sound.Comparison(speech, sound.read_wave(self.home.inbox / last))
             self.assertEqual(arrived.damaged, 0, arrived)
 
 
