@@ -4,13 +4,15 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "app/stderr_journal.h"
 #include "app/system_clock.h"
-#include "core/mGeneral.h"
 #include "core/program_paths.h"
 #include "core/registry_hive.h"
 #include "core/settings.h"
+#include "core/store_file.h"
 #include "drivers/lines_file.h"
 #include "drivers/sip/sip_driver.h"
 #include "media/media_sound.h"
@@ -27,16 +29,25 @@
 
 namespace kelmio {
 
+namespace {
+
+/// The variables that place the program's data, as far as this run was given them.
+std::vector<std::string> PlacesFromEnvironment(const Surroundings& surroundings) {
+  std::vector<std::string> places;
+  for (const char* name : {"KELMIO_HOME", "KELMIO_REGISTRY"})
+    if (const auto value = surroundings.variable(name); value && !value->empty())
+      places.push_back(std::string(name) + "=" + std::filesystem::absolute(*value).string());
+  return places;
+}
+
+} // namespace
+
 int Run(QApplication& application) {
   const std::string executable = QCoreApplication::applicationFilePath().toStdString();
   const Surroundings surroundings = ProcessSurroundings();
   const std::string app_path = ChooseAppPath(surroundings, executable);
-  std::error_code ignored;
-  if (!std::filesystem::exists(app_path, ignored)) {
-    mGeneral::EnsureFolder(app_path);
-    // Messages are nobody else's business.
-    std::filesystem::permissions(app_path, std::filesystem::perms::owner_all, ignored);
-  }
+  // Messages are nobody else's business.
+  MakePrivateFolder(app_path);
 
   QtEventLoop loop;
   QtTimerService timers;
@@ -46,7 +57,7 @@ int Run(QApplication& application) {
   QtDesktop desktop;
   QtClipboard clipboard;
   QtTray tray;
-  XdgAutoStart auto_start(XdgAutoStart::DefaultFolder());
+  XdgAutoStart auto_start(XdgAutoStart::DefaultFolder(), PlacesFromEnvironment(surroundings));
   WaveDevice mmc;
   MediaSoundFactory sounds(loop);
   LineService lines(loop, sounds);

@@ -55,7 +55,8 @@ QString EntryPath(const std::string& folder) {
 
 } // namespace
 
-XdgAutoStart::XdgAutoStart(std::string folder) : folder_(std::move(folder)) {}
+XdgAutoStart::XdgAutoStart(std::string folder, std::vector<std::string> environment)
+    : folder_(std::move(folder)), environment_(std::move(environment)) {}
 
 std::string XdgAutoStart::DefaultFolder() {
   const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
@@ -68,11 +69,15 @@ void XdgAutoStart::Enable(const std::string& executable) {
     Disable();
     return;
   }
+  std::string command = environment_.empty() ? "" : "env ";
+  for (const std::string& variable : environment_)
+    command += ExecArgument(variable) + ' ';
+  command += ExecArgument(executable);
   const std::string entry = "[Desktop Entry]\n"
                             "Type=Application\n"
                             "Name=Kelmio\n"
                             "Exec=" +
-                            EntryString(ExecArgument(executable)) + "\nTryExec=" + EntryString(executable) +
+                            EntryString(command) + "\nTryExec=" + EntryString(executable) +
                             "\nTerminal=false\n"
                             "X-GNOME-Autostart-enabled=true\n";
   if (!QDir().mkpath(QFile::decodeName(folder_.c_str())))

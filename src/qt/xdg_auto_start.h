@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/desktop.h"
 
@@ -11,8 +12,9 @@ namespace kelmio {
 /// replaced whole or not at all. An executable that such an entry can't name leaves no entry.
 class XdgAutoStart : public AutoStart {
 public:
-  /// The folder is made when the entry is.
-  explicit XdgAutoStart(std::string folder);
+  /// The folder is made when the entry is. Each of `environment`, a text "NAME=value", is set for the program that
+  /// the entry starts: a start with the session finds the data that this run has.
+  explicit XdgAutoStart(std::string folder, std::vector<std::string> environment = {});
   /// `$XDG_CONFIG_HOME/autostart`, by default below `~/.config`.
   static std::string DefaultFolder();
 
@@ -21,6 +23,7 @@ public:
 
 private:
   std::string folder_;
+  std::vector<std::string> environment_;
 };
 
 } // namespace kelmio

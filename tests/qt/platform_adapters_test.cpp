@@ -54,6 +54,13 @@ TEST_F(XdgAutoStartTest, QuotesWhatThePathHolds) {
   EXPECT_EQ(Entry(), "") << "an Exec key can't name such a program";
 }
 
+TEST_F(XdgAutoStartTest, StartsWithTheDataOfThisRun) {
+  XdgAutoStart with_home(folder_.toStdString(), {"KELMIO_HOME=/home/a b/data"});
+  with_home.Enable("/usr/bin/kelmio");
+  EXPECT_THAT(Entry(),
+              HasSubstr("Exec=env \"KELMIO_HOME=/home/a b/data\" \"/usr/bin/kelmio\"\nTryExec=/usr/bin/kelmio\n"));
+}
+
 TEST_F(XdgAutoStartTest, AFolderThatCannotBeMadeIsSilentlyNone) {
   QFile file(root_.filePath("config"));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
