@@ -22,7 +22,7 @@ class JitterBuffer {
 public:
   static constexpr std::uint32_t kUnitsPerMillisecond = 8;
   static constexpr std::uint32_t kFrameUnits = 20 * kUnitsPerMillisecond;
-  static constexpr std::uint32_t kFirstDepth = 100 * kUnitsPerMillisecond;
+  static constexpr std::uint32_t kFirstDepth = 120 * kUnitsPerMillisecond;
   /// Nothing further ahead of the reader than this is kept.
   static constexpr std::uint32_t kCapacity = 2048 * kUnitsPerMillisecond;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <random>
+#include <utility>
 
 namespace kelmio {
 
@@ -121,18 +122,19 @@ bool MediaSession::IsPeer(const sa& source) {
 }
 
 void MediaSession::Receive(const sa& source, const RtpPacket& packet) {
+  if (!IsPeer(source))
+    return;
+  // Comfort noise and whatever else the peer sends is a sign of life, too.
+  frames_unheard_ = 0;
   const bool event = packet.payload_type == terms_->event_type;
   const auto coding = terms_->CodingOf(packet.payload_type);
-  if ((!event && !coding) || !IsPeer(source))
-    return;
-  frames_unheard_ = 0;
   if (event) {
     if (const auto digit = digits_.Put(packet, std::chrono::steady_clock::now()))
       events_.DigitHeard(*digit);
     return;
   }
   // On hold the peer may play music; the line's own silence is what is recorded then.
-  if (terms_->OnHold())
+  if (!coding || terms_->OnHold())
     return;
   if (ssrc_ != packet.ssrc) {
     ssrc_ = packet.ssrc;
@@ -163,13 +165,14 @@ bool MediaSession::WatchPeer() {
 void MediaSession::Hear() {
   heard_.assign(kFrameBytes * decoder_->SamplesPerByte(), 0);
   const bool on_hold = !terms_ || terms_->OnHold();
-  if (!on_hold) {
+  if (!on_hold && !std::exchange(pause_, false)) {
     DecodeInto(heard_, jitter_.Pull());
     if (const auto advice = jitter_.Adjustment(); advice != JitterBuffer::Advice::None && IsSilent(heard_)) {
-      // One silent frame less, or the same silence once more in a frame's time: `LookBack` is not needed, for
-      // silence sounds the same either way.
+      // One silent frame less, or one more in the next frame's time.
       if (advice == JitterBuffer::Advice::DropFrame)
         DecodeInto(heard_, jitter_.Pull());
+      else
+        pause_ = true;
       jitter_.Adjusted(advice);
     }
   }

@@ -80,6 +80,7 @@ private:
   std::optional<std::uint32_t> ssrc_;
   std::uint64_t frames_unheard_ = 0; // since the peer's last packet
   JitterBuffer jitter_;
+  bool pause_ = false; // the next frame is silence, and nothing is taken from the buffer
   DigitReceiver digits_;
   std::unique_ptr<AudioCodec> decoder_;
   std::unique_ptr<Concealment> concealment_;

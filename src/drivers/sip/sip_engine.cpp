@@ -76,7 +76,7 @@ void SipEngine::Stop() {
 void SipEngine::Push(SipCommand command) {
   auto owned = std::make_unique<SipCommand>(std::move(command));
   if (mqueue_push(commands_, 0, owned.get()) == 0)
-    owned.release(); // now the queue's
+    static_cast<void>(owned.release()); // now the queue's
 }
 
 // --- the engine's thread

@@ -23,7 +23,7 @@ protected:
   LinesFileTest() : path(testing::TempDir() + "Lines-" + std::to_string(::getpid()) + ".ini") {
     std::remove(path.c_str());
   }
-  ~LinesFileTest() override { std::remove(path.c_str()); }
+  void TearDown() override { std::remove(path.c_str()); }
   void Write(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
   std::string Text() {
     std::ostringstream text;

@@ -9,7 +9,7 @@ using Words = std::vector<std::string>;
 class OutgoingCallTest : public SipLineTest {
 protected:
   std::shared_ptr<DeviceCall> Dial() {
-    const auto call = driver->Line().MakeCall("sip:someone@127.0.0.1:" + std::to_string(peer->Port()));
+    auto call = driver->Line().MakeCall("sip:someone@127.0.0.1:" + std::to_string(peer->Port()));
     const auto request = peer->AwaitRequest("INVITE");
     EXPECT_TRUE(request);
     invite = request.value_or(SipText{});

@@ -163,7 +163,7 @@ std::optional<SipText> SipPeer::Await(int status, std::chrono::milliseconds limi
   const auto end = std::chrono::steady_clock::now() + limit;
   while (true) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    const auto message = Next(left);
+    auto message = Next(left);
     if (!message || message->Status() == status)
       return message;
   }
@@ -173,7 +173,7 @@ std::optional<SipText> SipPeer::AwaitRequest(std::string_view method, std::chron
   const auto end = std::chrono::steady_clock::now() + limit;
   while (true) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    const auto message = Next(left);
+    auto message = Next(left);
     if (!message || (message->Status() == 0 && message->Method() == method))
       return message;
   }
