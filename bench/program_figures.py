@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Measures the whole program: start, idle, a recorded call, and a ring as its caller sees it.
 
     KELMIO_PROGRAM=build/release/bin/kelmio bench/program_figures.py [SECONDS]

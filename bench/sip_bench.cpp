@@ -36,10 +36,14 @@ struct Line {
     loop.RunUntil([this] { return reports.Has("new"); });
     return seconds;
   }
+  /// Returns once the caller knows, so that the line is free for the next call.
   void HangUp() {
+    constexpr int kFinalRefusal = 300;
     reports.call->Hangup();
-    loop.RunUntil([this] { return reports.Has("disconnected"); }, std::chrono::milliseconds(50));
-    reports.call = nullptr;
+    for (auto message = peer->Next(); message; message = peer->Next())
+      if (message->Method() == "BYE" || message->Status() >= kFinalRefusal)
+        break;
+    loop.RunPending();
   }
 
   LoopOfTest loop;
