@@ -43,7 +43,7 @@ public:
     }
     return *this;
   }
-  operator const T&() const { return value_; }
+  operator const T&() const { return value_; } // NOLINT(google-explicit-constructor): reads like the value it holds
   const T& Get() const { return value_; }
 
 private:

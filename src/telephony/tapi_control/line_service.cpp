@@ -49,7 +49,7 @@ bool LineService::HearsBefore(const TAPIExCtl* left, const TAPIExCtl* right) con
 
 void LineService::Tell(const std::vector<TAPIExCtl*>& audience, const std::function<void(TAPIExCtl&)>& event) const {
   // A handler may shut an instance down, so that the list is copied and each is looked up at its turn.
-  const std::vector<TAPIExCtl*> listeners = audience;
+  const std::vector<TAPIExCtl*> listeners = audience; // NOLINT(performance-unnecessary-copy-initialization)
   for (TAPIExCtl* listener : listeners)
     if (HasInstance(listener))
       event(*listener);
