@@ -14,10 +14,14 @@ namespace kelmio {
 /// A colour with red in the lowest byte, then green, then blue.
 using Color = std::int32_t;
 
+/// A text. One whose `Click` is assigned is a link while it is enabled and not empty.
 class Label : public Control {
 public:
   Property<std::string> Caption{*this};
+  Property<bool> Enabled{*this, true};
   Property<bool> Visible{*this, true};
+  Property<std::string> ToolTip{*this};
+  std::function<void()> Click; // empty for a mere text
 };
 
 /// A push button or a link. `Click` is assigned by the form; views and tests call it.

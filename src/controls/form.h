@@ -13,6 +13,10 @@ namespace kelmio {
 class CommandBars;
 class DockingPanes;
 class ListView;
+class PictureBox;
+class SpectrumView;
+class TreeView;
+class ucSlider;
 
 /// Visits a form's controls; one overload a control kind. The binder and tests implement it.
 class ControlVisitor {
@@ -25,6 +29,10 @@ public:
   virtual void Visit(std::string_view name, StatusBar& control) = 0;
   virtual void Visit(std::string_view name, CommandBars& control) = 0;
   virtual void Visit(std::string_view name, DockingPanes& control) = 0;
+  virtual void Visit(std::string_view name, TreeView& control) = 0;
+  virtual void Visit(std::string_view name, PictureBox& control) = 0;
+  virtual void Visit(std::string_view name, SpectrumView& control) = 0;
+  virtual void Visit(std::string_view name, ucSlider& control) = 0;
 };
 
 enum class WindowState { Normal, Minimized, Maximized };
@@ -48,6 +56,10 @@ public:
   /// Visits every control under its fixed name, which is also the name of its widget.
   virtual void VisitControls(ControlVisitor& visitor) = 0;
 
+  /// The window is about to be shown modally: fill the controls. It is made anew for each showing.
+  virtual void Load() {}
+  /// The Esc key was pressed in the window.
+  virtual void EscapePressed() {}
   /// The user asks to close the window by its close box. True cancels the closing.
   virtual bool QueryUnload() { return false; }
   /// The window closes.

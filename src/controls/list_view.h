@@ -62,6 +62,7 @@ public:
   std::function<void()> ItemClick = [] {};
   std::function<void()> DblClick = [] {};
   std::function<void(MouseButton)> MouseUp = [](MouseButton) {};
+  std::function<void()> DeleteKey = [] {};
 
 private:
   std::vector<ListColumn> columns_;

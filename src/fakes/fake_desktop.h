@@ -1,12 +1,15 @@
 // The desktop in memory: screen, clipboard, tray, start with the session, registry, wave device.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "controls/form.h"
 #include "platform/desktop.h"
+#include "platform/dialogs.h"
 #include "platform/multimedia_device.h"
 #include "platform/registry_store.h"
 
@@ -55,13 +58,92 @@ public:
 /// Every file that exists has the same length; commands are kept as they came.
 class FakeMultimediaDevice : public MultimediaDevice {
 public:
+  void SetDeviceType(const std::string& type) override { device_type = type; }
   void SetFileName(const std::string& path) override { file_name = path; }
+  void SetFrom(long position) override { from = position; }
+  void SetUpdateInterval(int interval) override { update_interval = interval; }
   void Command(std::string_view word) override { commands.emplace_back(word); }
   long Length() const override { return length_ms; }
+  long Position() const override { return position_ms; }
 
+  std::string device_type;
   std::string file_name;
   std::vector<std::string> commands;
+  long from = 0;
+  int update_interval = 0;
   long length_ms = 1000;
+  long position_ms = 0;
+};
+
+class FakeMessageBoxes : public MessageBoxes {
+public:
+  struct Shown {
+    std::string text;
+    std::string title;
+    BoxButtons buttons;
+    BoxIcon icon;
+    int default_button;
+  };
+  BoxAnswer Show(const std::string& text, const std::string& title, BoxButtons buttons, BoxIcon icon,
+                 int default_button) override {
+    shown.push_back({text, title, buttons, icon, default_button});
+    if (answers.empty())
+      return BoxAnswer::No;
+    const BoxAnswer answer = answers.front();
+    answers.erase(answers.begin());
+    return answer;
+  }
+  std::vector<Shown> shown;
+  std::vector<BoxAnswer> answers; // one for each box; No when they run out
+};
+
+class FakeFolderPicker : public FolderPicker {
+public:
+  std::string BrowseForFolder(const std::string& title) override {
+    titles.push_back(title);
+    return choice;
+  }
+  std::vector<std::string> titles;
+  std::string choice;
+};
+
+class FakeFileClipboard : public FileClipboard {
+public:
+  bool CopyFiles(const std::vector<std::string>& new_paths) override {
+    paths = new_paths;
+    return true;
+  }
+  std::vector<std::string> paths;
+};
+
+class FakeLinkOpener : public LinkOpener {
+public:
+  void Open(const ShellRequest& request) override { requests.push_back(request); }
+  std::vector<ShellRequest> requests;
+};
+
+class FakeAppearance : public Appearance {
+public:
+  void SetVisualTheme(int theme) override { visual_theme = theme; }
+  int VisualTheme() const override { return visual_theme; }
+  void SetSystemTheme(int theme) override { system_themes.push_back(theme); }
+  int visual_theme = -1;
+  std::vector<int> system_themes;
+};
+
+/// A modal window is used by a script while it is open.
+class FakeWindows : public Windows {
+public:
+  void ShowModal(Form& form, Form* /*owner*/) override {
+    form.Load();
+    form.Visible = true;
+    shown.push_back(&form);
+    if (use)
+      use(form);
+    form.Visible = false;
+  }
+  std::function<void(Form&)> use;
+  std::vector<Form*> shown;
 };
 
 /// Keys and values in memory; names compare without regard to ASCII case.

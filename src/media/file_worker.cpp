@@ -7,7 +7,7 @@ namespace {
 
 // Looking at the rings now and then spares the sound thread every kind of waking. It is short against what
 // the rings hold, and lets the signal display move smoothly.
-constexpr auto kInterval = std::chrono::milliseconds(50);
+constexpr auto kInterval = std::chrono::milliseconds(100);
 
 } // namespace
 

@@ -13,7 +13,7 @@ namespace kelmio {
 class FileStream {
 public:
   virtual ~FileStream() = default;
-  /// Moves samples between ring and file. Called every few hundredths of a second on the worker's thread;
+  /// Moves samples between ring and file. Called about ten times a second on the worker's thread;
   /// may wait for the disk.
   virtual void Service() = 0;
 };

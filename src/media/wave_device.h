@@ -11,6 +11,10 @@ namespace kelmio {
 /// Reads the length when the file is opened. It plays nothing, so "Stop" has nothing to act on.
 class WaveDevice : public MultimediaDevice {
 public:
+  void SetDeviceType(const std::string& /*type*/) override {}
+  void SetFrom(long /*position*/) override {}
+  void SetUpdateInterval(int /*interval*/) override {}
+  long Position() const override { return 0; }
   void SetFileName(const std::string& path) override { path_ = path; }
   void Command(std::string_view word) override;
   long Length() const override { return length_; }

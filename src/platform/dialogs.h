@@ -1,0 +1,61 @@
+// Boxes, pickers and modal windows, and what else the windows ask of the desktop.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelmio {
+
+class Form;
+
+enum class BoxButtons { Ok, YesNo, YesNoCancel };
+enum class BoxIcon { None, Warning };
+enum class BoxAnswer { Ok, Yes, No, Cancel };
+
+/// User interface thread only. Pending events run while a box is open.
+class MessageBoxes {
+public:
+  virtual ~MessageBoxes() = default;
+  /// `default_button` counts from 1. An empty title is the program's name. Esc and the close box give Cancel, or No
+  /// where there is no Cancel, or Ok.
+  virtual BoxAnswer Show(const std::string& text, const std::string& title, BoxButtons buttons, BoxIcon icon,
+                         int default_button) = 0;
+};
+
+/// User interface thread only. Pending events run while it is open.
+class FolderPicker {
+public:
+  virtual ~FolderPicker() = default;
+  /// Full path of a folder, or empty text when the user gives up.
+  virtual std::string BrowseForFolder(const std::string& title) = 0;
+};
+
+/// Files on the clipboard, as file managers paste them. User interface thread only.
+class FileClipboard {
+public:
+  virtual ~FileClipboard() = default;
+  /// Full paths. False when the clipboard doesn't take them.
+  virtual bool CopyFiles(const std::vector<std::string>& paths) = 0;
+};
+
+/// The look of bars and windows. User interface thread only.
+class Appearance {
+public:
+  virtual ~Appearance() = default;
+  /// 0 Office 2000, 1 Office XP, 2 Office 2003, 3 the desktop's own, 4 Whidbey; others are taken as 2.
+  virtual void SetVisualTheme(int theme) = 0;
+  virtual int VisualTheme() const = 0;
+  /// Colour variant of theme 2: 1 blue, 2 olive, 3 silver, 6 automatic.
+  virtual void SetSystemTheme(int theme) = 0;
+};
+
+/// Shows windows by their forms. User interface thread only.
+class Windows {
+public:
+  virtual ~Windows() = default;
+  /// Calls `Load`, shows the window centred over `owner`, and returns once the form's `Visible` is false again.
+  /// Pending events, calls among them, run meanwhile.
+  virtual void ShowModal(Form& form, Form* owner) = 0;
+};
+
+} // namespace kelmio
