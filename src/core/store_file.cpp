@@ -221,6 +221,11 @@ std::optional<FileStamp> StampOf(const std::string& path) {
   return FileStamp{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
+bool IsBeingWritten(const std::string& path) {
+  const Descriptor file(path, O_RDONLY | O_NONBLOCK);
+  return file.Get() >= 0 && ::flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 bool MakePrivateFolder(const std::string& path) {
   std::error_code error;
   if (path.empty())

@@ -43,6 +43,10 @@ struct FileStamp {
 /// Nothing when there is no such file.
 std::optional<FileStamp> StampOf(const std::string& path);
 
+/// Whether some copy of the program, this one too, is writing the file: its writer holds a shared lock on it for
+/// as long as it does. False for a file that can't be opened.
+bool IsBeingWritten(const std::string& path);
+
 /// Makes a folder and what is missing above it, for the user alone (mode 0700). False when it isn't there after.
 bool MakePrivateFolder(const std::string& path);
 

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -150,6 +151,8 @@ std::unique_ptr<WaveWriter> WaveWriter::Create(const std::string& path, const Wa
     return nullptr;
   }
   auto storage = std::make_unique<Storage>(fd);
+  // Says to every copy of the program that the file grows still; the lock ends with the descriptor.
+  ::flock(fd, LOCK_SH | LOCK_NB);
   SF_VIRTUAL_IO calls{};
   calls.get_filelen = [](void* user) { return static_cast<Storage*>(user)->Size(); };
   calls.seek = [](sf_count_t offset, int whence, void* user) {

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "core/store_file.h"
 #include "media/full_disk.h"
 #include "media/sound_desk.h"
 #include "media/wave_recorder.h"
@@ -17,10 +18,12 @@ TEST_F(RecordSound, TheDefaultFormatPassesTheCallBitByBit) {
   const Samples call = Speech(-20, 3);
   ASSERT_TRUE(sound_->Record(Request()));
   EXPECT_TRUE(std::filesystem::exists(path_));
+  EXPECT_TRUE(IsBeingWritten(path_)) << "another copy of the program must be able to tell";
   EXPECT_FALSE(sound_->Record(Request())) << "one runs already";
   Run(call);
   sound_->StopRecord();
   EXPECT_EQ(ReadAll(path_), call);
+  EXPECT_FALSE(IsBeingWritten(path_));
   EXPECT_EQ(Reports(), "recorded ");
   sound_->StopRecord();
   EXPECT_EQ(Reports(), "");

@@ -1,6 +1,9 @@
 #include "messages/store/message_store.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include "core/mIni.h"
 #include "fakes/fake_desktop.h"
@@ -47,6 +50,18 @@ protected:
   std::vector<std::string> troubles;
   MessageStore store{folder.Path(), clock, device, [this](const std::string& text) { troubles.push_back(text); }};
 };
+
+TEST_F(MessageStoreTest, LeavesWhatAnotherCopyRecordsUnmeasured) {
+  Add("a.wav", "Size=-1\nLength=-1\n");
+  const int writer = ::open((inbox + "a.wav").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(writer, LOCK_SH), 0);
+  store.LoadMessageFolder();
+  EXPECT_EQ(store.MessageCount(), "1");
+  EXPECT_EQ(mIni::IniRead("a.wav", "Size", Index()), "-1");
+  ::close(writer);
+  store.LoadMessageFolder();
+  EXPECT_EQ(mIni::IniRead("a.wav", "Size", Index()), "20");
+}
 
 TEST_F(MessageStoreTest, ANewRecordingIsNamedAndRecordedBeforeItsFile) {
   std::filesystem::remove_all(folder.Path() + "Messages");

@@ -10,6 +10,7 @@
 #include "core/mGeneral.h"
 #include "core/mIni.h"
 #include "core/program_paths.h"
+#include "core/store_file.h"
 
 namespace kelmio {
 namespace {
@@ -136,6 +137,10 @@ bool MessageStore::IsRecording(const std::string& path) const {
 }
 
 void MessageStore::Measure(MessageRecord& record, const std::string& path, Edits& healing) {
+  // What another copy of the program records has its true size only at its end.
+  const bool unknown = record.Size < 0 || record.Length < 0;
+  if (!unknown || IsBeingWritten(path))
+    return;
   const auto keep = [&](std::string_view key, std::int32_t number) {
     healing.push_back(
         [section = record.FileName, key, number](IniText& text) { text.Write(section, key, std::to_string(number)); });
