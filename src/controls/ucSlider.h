@@ -47,17 +47,34 @@ public:
   int ThumbTop() const { return thumb_top_; }
 
   // For the view.
+
+  /// The sizes that hold from now on; the same ones again leave the thumb where it was dropped. A new orientation
+  /// counts from the next call.
   void Layout(int width, int height, int thumb_width, int thumb_height);
+  /// Places are those of the pointer within the control. `shift` is handed on to the events.
   void MouseDown(MouseButton button, int shift, int x, int y);
   void MouseMove(int x, int y);
   void MouseUp(MouseButton button, int shift, int x, int y);
 
+  /// A left click within the control has ended. A click on the rail raises all three: grabbed, click, released.
   std::function<void()> Click = [] {};
   std::function<void(int shift)> ThumbGrabbed = [](int) {};
   std::function<void(int shift)> ThumbReleased = [](int) {};
 
 private:
-  bool IsHorizontal() const { return Orientation == Orientations::Horizontal; }
+  struct Places {
+    Orientations orientation = Orientations::Vertical;
+    int width = 0;
+    int height = 0;
+    int thumb_width = 0;
+    int thumb_height = 0;
+    bool operator==(const Places&) const = default;
+  };
+
+  bool IsHorizontal() const { return places_.orientation == Orientations::Horizontal; }
+  void RangeChanged();
+  /// How far the thumb can go; 0 where it has no room.
+  int Travel() const;
   void PlaceThumb();
   long ValueOfThumb() const;
 
@@ -65,13 +82,10 @@ private:
   long max_ = 10;
   long range_ = 10;
   long value_ = 0;
-  int width_ = 0;
-  int height_ = 0;
-  int thumb_width_ = 0;
-  int thumb_height_ = 0;
+  Places places_;
   int thumb_left_ = 0;
   int thumb_top_ = 0;
-  int grab_x_ = 0;
+  int grab_x_ = 0; // from the thumb's left and top edge
   int grab_y_ = 0;
   bool dragging_ = false;
   bool tip_visible_ = false;
