@@ -111,8 +111,12 @@ void DeleteFolderContents(const std::string& path) {
   std::vector<fs::path> entries; // gathered first: deleting under the iterator may make it miss some
   for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error))
     entries.push_back(entry->path());
-  for (const fs::path& entry : entries)
-    fs::remove_all(entry, error);
+  for (const fs::path& entry : entries) {
+    // Not `remove_all`: it gives up at the first file that can't be deleted, and the others are to go.
+    if (fs::is_directory(fs::symlink_status(entry, error)))
+      DeleteFolderContents(entry.string());
+    fs::remove(entry, error);
+  }
 }
 
 bool CopyFileTo(const std::string& source, const std::string& target, bool fail_if_exists) {

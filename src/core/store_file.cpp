@@ -79,6 +79,19 @@ template <class Take> bool ReadBlocks(int fd, Take take) {
   }
 }
 
+// Lets the file system copy on its own, which shares the blocks where it can. Wherever it stops, at the end or
+// because it can't, both files stand at the same place.
+void CopyInKernel(int from, int to, off_t size) {
+  while (size > 0) {
+    const ssize_t count = ::copy_file_range(from, nullptr, to, nullptr, static_cast<std::size_t>(size), 0);
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count <= 0)
+      return;
+    size -= count;
+  }
+}
+
 enum class ReadResult { Ok, Missing, Failed };
 
 ReadResult ReadWhole(const std::string& path, std::string& bytes, struct stat& status) {
@@ -139,6 +152,11 @@ private:
 
 fs::path FolderOf(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
+// A name for each running copy of the program, so that they do not get into each other's way.
+std::string NameBeside(const std::string& target) {
+  return (FolderOf(target) / (".kelmio-" + std::to_string(::getpid()) + ".tmp")).string();
 }
 
 // A link to a file elsewhere stays a link: the file behind it is the one to replace.
@@ -206,12 +224,43 @@ bool CopyFileWhole(const std::string& source, const std::string& target, bool fa
   struct stat status {};
   if (!from || ::fstat(from.Get(), &status) != 0 || !S_ISREG(status.st_mode))
     return false;
-  const fs::path beside = FolderOf(target) / (".kelmio-" + std::to_string(::getpid()) + ".tmp");
-  Replacement copy(beside.string(), status.st_mode & kPermissionBits);
-  if (!copy || !ReadBlocks(from.Get(), [&](std::string_view block) { return WriteAll(copy.Get(), block); }))
+  Replacement copy(NameBeside(target), status.st_mode & kPermissionBits);
+  if (!copy)
+    return false;
+  CopyInKernel(from.Get(), copy.Get(), status.st_size);
+  if (!ReadBlocks(from.Get(), [&](std::string_view block) { return WriteAll(copy.Get(), block); }))
     return false;
   const struct timespec times[2] = {status.st_atim, status.st_mtim};
   return ::futimens(copy.Get(), times) == 0 && copy.TakeThePlaceOf(target);
+}
+
+bool LinkOrCopyFile(const std::string& source, const std::string& target) {
+  std::error_code error;
+  if (!fs::is_regular_file(source, error) || fs::is_directory(target, error))
+    return false;
+  if (fs::equivalent(source, target, error))
+    return true;
+  const std::string beside = NameBeside(target);
+  ::unlink(beside.c_str());
+  if (::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, beside.c_str(), AT_SYMLINK_FOLLOW) != 0)
+    return CopyFileWhole(source, target, false);
+  if (std::rename(beside.c_str(), target.c_str()) == 0)
+    return true;
+  ::unlink(beside.c_str());
+  return false;
+}
+
+std::error_code RenameUnlessTaken(const std::string& from, const std::string& to) {
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+    return {};
+  if (errno != EINVAL && errno != ENOSYS)
+    return {errno, std::generic_category()};
+  // A file system that can't refuse by itself.
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(to, error)))
+    return std::make_error_code(std::errc::file_exists);
+  fs::rename(from, to, error);
+  return error;
 }
 
 std::optional<FileStamp> StampOf(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 /// Every call of the system that the stores need beyond the standard library is made behind this header.
 /// Any thread, and several running copies of the program; nothing throws on a failing file system.
@@ -30,6 +31,14 @@ bool ChangeStoreFile(const std::string& path, const StoreChange& change,
 /// Copies a file of any size, its time of change included; the target appears whole or not at all. False also
 /// when it exists and `fail_if_exists`, or when both are the same file.
 bool CopyFileWhole(const std::string& source, const std::string& target, bool fail_if_exists);
+
+/// For a file whose old name is about to go: gives it the new name as well, in place of what stands there, and
+/// copies it only where the file system can't do that. Within one disk it needs no space. True also when the
+/// target is the same file already.
+bool LinkOrCopyFile(const std::string& source, const std::string& target);
+
+/// Renames a file or folder within one disk; an error when there is anything of the new name, an empty folder too.
+std::error_code RenameUnlessTaken(const std::string& from, const std::string& to);
 
 /// What changes whenever a file is written; to be compared only.
 struct FileStamp {

@@ -57,6 +57,7 @@ public:
   /// record, even where the file isn't there yet.
   void SetRecording(std::string path) { recording_ = std::move(path); }
   void ClearRecording() { recording_.clear(); }
+  bool IsRecording(const std::string& path) const;
 
   /// Stops the device and reads the folder on show, healing its index as one change: a record without a file
   /// leaves the index and stays as an empty row this once, an unknown size or length is measured. An index
@@ -74,7 +75,6 @@ private:
   // What a load mends in the index, in the order of the index.
   using Edits = std::vector<std::function<void(IniText&)>>;
 
-  bool IsRecording(const std::string& path) const;
   void Measure(MessageRecord& record, const std::string& path, Edits& healing);
 
   const Clock& clock_;
