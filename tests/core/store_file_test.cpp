@@ -141,5 +141,32 @@ TEST_F(StoreFile, CopiesAppearWholeWithTheirTime) {
   EXPECT_EQ(NamesIn(folder.Path()).size(), 2U);
 }
 
+TEST_F(StoreFile, AFileOnItsWayTakesItsNewNameWithoutSpace) {
+  const std::string target = folder.Path() + "moved";
+  WriteBytes(file, std::string(100000, 'w'));
+  WriteBytes(target, "what was there");
+  EXPECT_FALSE(LinkOrCopyFile(folder.Path() + "none", target));
+  EXPECT_EQ(BytesOf(target), "what was there");
+  const pid_t child = OtherCopy([&] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{10, 10};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    return LinkOrCopyFile(file, target) && LinkOrCopyFile(file, target);
+  });
+  EXPECT_TRUE(EndedWell(child));
+  EXPECT_EQ(BytesOf(target), BytesOf(file));
+  EXPECT_THAT(NamesIn(folder.Path()), UnorderedElementsAre("Store.ini", "moved"));
+  EXPECT_FALSE(LinkOrCopyFile(folder.Path(), target));
+}
+
+TEST_F(StoreFile, ANameThatIsTakenRefusesTheRenaming) {
+  fs::create_directories(folder.Path() + "a/b");
+  fs::create_directory(folder.Path() + "empty");
+  EXPECT_EQ(RenameUnlessTaken(folder.Path() + "a", folder.Path() + "empty"), std::errc::file_exists);
+  EXPECT_EQ(RenameUnlessTaken(folder.Path() + "none", folder.Path() + "c"), std::errc::no_such_file_or_directory);
+  EXPECT_FALSE(RenameUnlessTaken(folder.Path() + "a", folder.Path() + "c"));
+  EXPECT_THAT(NamesIn(folder.Path()), UnorderedElementsAre("c", "empty"));
+}
+
 } // namespace
 } // namespace kelmio
