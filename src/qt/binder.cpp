@@ -5,6 +5,10 @@
 #include "controls/command_bars.h"
 #include "controls/docking_panes.h"
 #include "controls/list_view.h"
+#include "controls/picture_box.h"
+#include "controls/spectrum_view.h"
+#include "controls/tree_view.h"
+#include "controls/ucSlider.h"
 #include "qt/bindings.h"
 #include "qt/form_binding.h"
 
@@ -23,11 +27,10 @@ public:
   void Visit(std::string_view name, StatusBar& control) override { BindByName(name, control); }
   void Visit(std::string_view name, CommandBars& control) override { BindByName(name, control); }
   void Visit(std::string_view name, DockingPanes& control) override { BindByName(name, control); }
-  // Reported as missing until they have bindings.
-  void Visit(std::string_view name, TreeView& /*control*/) override { missing.emplace_back(name); }
-  void Visit(std::string_view name, PictureBox& /*control*/) override { missing.emplace_back(name); }
-  void Visit(std::string_view name, SpectrumView& /*control*/) override { missing.emplace_back(name); }
-  void Visit(std::string_view name, ucSlider& /*control*/) override { missing.emplace_back(name); }
+  void Visit(std::string_view name, TreeView& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, PictureBox& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, SpectrumView& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, ucSlider& control) override { BindByName(name, control); }
 
   std::vector<ControlBinding*> bindings;
   std::vector<std::string> missing;

@@ -11,6 +11,10 @@ namespace kelmio {
 class CommandBars;
 class DockingPanes;
 class ListView;
+class PictureBox;
+class SpectrumView;
+class TreeView;
+class ucSlider;
 
 /// Each returns nothing when the widget is of a kind that can't show the control.
 ControlBinding* BindControl(QWidget& widget, Label& label);
@@ -20,5 +24,9 @@ ControlBinding* BindControl(QWidget& widget, ListView& list);
 ControlBinding* BindControl(QWidget& widget, StatusBar& bar);
 ControlBinding* BindControl(QWidget& widget, CommandBars& bars);
 ControlBinding* BindControl(QWidget& widget, DockingPanes& panes);
+ControlBinding* BindControl(QWidget& widget, TreeView& tree);
+ControlBinding* BindControl(QWidget& widget, PictureBox& box);
+ControlBinding* BindControl(QWidget& widget, SpectrumView& view);
+ControlBinding* BindControl(QWidget& widget, ucSlider& slider);
 
 } // namespace kelmio

@@ -1,7 +1,5 @@
 #include "qt/colors.h"
 
-#include <QApplication>
-
 #include "qt/units.h"
 
 namespace kelmio {
@@ -12,6 +10,8 @@ namespace {
 constexpr int kRowShade = 104;
 /// From this grey value on, black reads better than white.
 constexpr int kBrightFrom = 140;
+constexpr QRgb kLinkOnBright = 0xff1a4f96;
+constexpr QRgb kLinkOnDark = 0xffa9d0ff;
 
 } // namespace
 
@@ -26,10 +26,13 @@ void SetBackColor(QWidget& widget, Color color) {
   }
   const QColor back = ToColor(color);
   const bool bright = qGray(back.rgb()) >= kBrightFrom;
-  QPalette palette = QApplication::palette();
+  const QColor text = bright ? Qt::black : Qt::white;
+  QPalette palette; // all that isn't set here follows the theme
   palette.setColor(QPalette::Base, back);
   palette.setColor(QPalette::AlternateBase, bright ? back.darker(kRowShade) : back.lighter(kRowShade));
-  palette.setColor(QPalette::Text, bright ? Qt::black : Qt::white);
+  palette.setColor(QPalette::Text, text);
+  palette.setColor(QPalette::WindowText, text);
+  palette.setColor(QPalette::Link, bright ? kLinkOnBright : kLinkOnDark);
   widget.setPalette(palette);
 }
 

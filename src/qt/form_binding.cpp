@@ -1,5 +1,6 @@
 #include "qt/form_binding.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -38,6 +39,9 @@ std::vector<QRect> WorkAreas() {
   return areas;
 }
 
+/// Under this name a window bears the address of its form.
+constexpr const char* kFormProperty = "kelmio_form";
+
 int Distance(const QRect& area, const QPoint& point) {
   const QPoint inside(std::clamp(point.x(), area.left(), area.right()),
                       std::clamp(point.y(), area.top(), area.bottom()));
@@ -45,6 +49,13 @@ int Distance(const QRect& area, const QPoint& point) {
 }
 
 } // namespace
+
+QWidget* WindowOf(const Form& form) {
+  for (QWidget* widget : QApplication::allWidgets())
+    if (widget->property(kFormProperty).value<quintptr>() == reinterpret_cast<quintptr>(&form))
+      return widget;
+  return nullptr;
+}
 
 QRect OnScreen(const QRect& wanted, const std::vector<QRect>& areas) {
   const QRect title(wanted.topLeft(), QSize(wanted.width(), kTitleHeight));
@@ -64,6 +75,7 @@ QRect OnScreen(const QRect& wanted, const std::vector<QRect>& areas) {
 }
 
 FormBinding::FormBinding(QWidget& window, Form& form) : ControlBinding(form, window), window_(window), form_(form) {
+  window.setProperty(kFormProperty, QVariant::fromValue(reinterpret_cast<quintptr>(&form)));
   settle_.setSingleShot(true);
   settle_.setInterval(kSettleMs);
   connect(&settle_, &QTimer::timeout, this, [this] { TakePlace(); });
@@ -72,8 +84,12 @@ FormBinding::FormBinding(QWidget& window, Form& form) : ControlBinding(form, win
 
 void FormBinding::Show() {
   SetBackColor(window_, form_.BackColor);
-  if (!window_.isWindow())
+  if (!window_.isWindow()) {
+    window_.setBackgroundRole(QPalette::Base);
+    window_.setForegroundRole(QPalette::Text);
+    window_.setAutoFillBackground(true);
     return;
+  }
   window_.setWindowTitle(ToText(form_.Caption.Get()));
   ShowPlace();
   ShowState();

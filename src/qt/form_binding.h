@@ -13,8 +13,8 @@ namespace kelmio {
 
 /// Caption, place, size and state go both ways; the size is that of the window's inside, the place that of its
 /// frame. While the window is minimised or maximised the form keeps the place it would go back to.
-/// A form that stands inside another window (a pane) has only its colour. The window must outlive the form's
-/// `Unload`, which may run from one of its events.
+/// A form that stands inside another window (a pane) has only its colour, which is a page's and not a window's. The
+/// window must outlive the form's `Unload`, which may run from one of its events.
 class FormBinding : public ControlBinding {
 public:
   FormBinding(QWidget& window, Form& form);
@@ -36,6 +36,9 @@ private:
   QTimer settle_;
   QRect known_; // the form's place as last given to the window or taken from it, in pixels
 };
+
+/// The widget that shows the form; nothing while there is none. For a form inside another window that is the pane.
+QWidget* WindowOf(const Form& form);
 
 /// Where a window may stand: as wanted while its title can be reached on one of the work areas, otherwise moved
 /// into the nearest one. `areas` are in pixels, with the main screen first; with none the rectangle is returned.

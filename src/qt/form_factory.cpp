@@ -21,6 +21,7 @@ template <class Layout, class Window> std::unique_ptr<QWidget> Build(void (Layou
 } // namespace
 
 std::unique_ptr<QWidget> MakeLayout(std::string_view name) {
+  LoadIcons();
 #define KELMIO_LAYOUT(form)                                                                                            \
   if (name == #form)                                                                                                   \
     return Build(&Ui::form::setupUi);

@@ -52,6 +52,8 @@ public:
     widget.setAllColumnsShowFocus(true);
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setSelectionBehavior(QAbstractItemView::SelectRows);
+    widget.setDragEnabled(true);
+    widget.setDragDropMode(QAbstractItemView::DragOnly);
     widget.header()->setSectionsClickable(true);
     widget.header()->setSectionsMovable(false);
     widget.header()->setStretchLastSection(false);
@@ -73,6 +75,7 @@ public:
     });
     connect(widget.header(), &QHeaderView::sectionResized, this, [this] { user_sizes_ = user_sizes_ || !sizing_; });
     widget.viewport()->installEventFilter(this);
+    widget.installEventFilter(this);
   }
 
 protected:
@@ -93,17 +96,30 @@ protected:
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::MouseButtonPress)
-      click_told_ = false;
-    if (event->type() == QEvent::Resize && !user_sizes_)
-      SizeColumns();
-    if (event->type() == QEvent::MouseButtonRelease) {
-      const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
-      if (button == Qt::LeftButton || button == Qt::RightButton) {
-        const auto told = button == Qt::LeftButton ? ListView::MouseButton::Left : ListView::MouseButton::Right;
-        Later([this, told] { model_.MouseUp(told); });
-      }
+    if (watched == &widget_ && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Delete)) {
+      Later([this] { model_.DeleteKey(); });
+      return true;
     }
+    if (watched == widget_.viewport())
+      switch (event->type()) {
+      case QEvent::MouseButtonPress:
+        click_told_ = false;
+        break;
+      case QEvent::MouseButtonRelease:
+        TellMouse(static_cast<QMouseEvent*>(event)->button());
+        break;
+      case QEvent::ContextMenu:
+        if (static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard)
+          TellMouse(Qt::RightButton);
+        break;
+      case QEvent::Resize:
+        if (!user_sizes_)
+          SizeColumns();
+        break;
+      default:
+        break;
+      }
     return ControlBinding::eventFilter(watched, event);
   }
 
@@ -147,6 +163,13 @@ private:
         keys.push_back(rows_->KeyOf(index));
       model_.SetSelection(keys, rows_->KeyOf(widget_.currentIndex()));
     });
+  }
+
+  void TellMouse(Qt::MouseButton button) {
+    if (button == Qt::LeftButton)
+      Later([this] { model_.MouseUp(ListView::MouseButton::Left); });
+    else if (button == Qt::RightButton)
+      Later([this] { model_.MouseUp(ListView::MouseButton::Right); });
   }
 
   void TellClick() {

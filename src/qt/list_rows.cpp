@@ -2,8 +2,10 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QMimeData>
 
 #include <algorithm>
+#include <set>
 
 #include "qt/colors.h"
 #include "qt/units.h"
@@ -95,6 +97,31 @@ QVariant ListRows::headerData(int section, Qt::Orientation orientation, int role
   if (role == Qt::TextAlignmentRole)
     return QVariant::fromValue(ToAlignment(columns_[column].alignment));
   return {};
+}
+
+Qt::ItemFlags ListRows::flags(const QModelIndex& index) const {
+  return QAbstractTableModel::flags(index) | (index.isValid() ? Qt::ItemIsDragEnabled : Qt::NoItemFlags);
+}
+
+QStringList ListRows::mimeTypes() const {
+  return {QStringLiteral("text/plain")};
+}
+
+QMimeData* ListRows::mimeData(const QModelIndexList& indexes) const {
+  std::set<int> dragged;
+  for (const QModelIndex& index : indexes)
+    if (checkIndex(index, CheckIndexOption::IndexIsValid))
+      dragged.insert(index.row());
+  QStringList lines;
+  for (const int row : dragged) {
+    QStringList cells;
+    for (const std::string& cell : rows_[static_cast<std::size_t>(row)].cells)
+      cells.append(ToText(cell));
+    lines.append(cells.join('\t'));
+  }
+  auto* data = new QMimeData;
+  data->setText(lines.join('\n'));
+  return data;
 }
 
 } // namespace kelmio

@@ -4,24 +4,13 @@
 #include <QPalette>
 #include <QStyleFactory>
 
-// Outside the namespace, as the resource compiler wants it.
-static void LoadStyleSheet() {
-  Q_INIT_RESOURCE(desktop);
-}
+#include <utility>
+
+#include "qt/command_icons.h"
 
 namespace kelmio {
 
 namespace {
-
-/// The few colours that all others come from.
-struct Tones {
-  QRgb window, base, row, text, faint, line, button, accent, on_accent, link;
-};
-
-constexpr Tones kLight = {0xfff3f4f6, 0xffffffff, 0xfff7f8fa, 0xff1f2430, 0xff8b92a0,
-                          0xffd5d9e0, 0xfffbfcfd, 0xff2f6fb5, 0xffffffff, 0xff1f62ad};
-constexpr Tones kDark = {0xff24272d, 0xff1b1d22, 0xff202329, 0xffe4e7ec, 0xff7d8592,
-                         0xff3b404a, 0xff2e323a, 0xff3a76b8, 0xffffffff, 0xff7db4ee};
 
 /// A window whose background is below this lightness (of 255) is a dark one.
 constexpr int kDarkBelow = 128;
@@ -53,19 +42,44 @@ QPalette MakePalette(const Tones& tones) {
   return palette;
 }
 
+QString ReadSheet(const QString& name) {
+  LoadIcons(); // the sheets are kept beside them
+  QFile sheet(name);
+  return sheet.open(QIODevice::ReadOnly) ? QString::fromUtf8(sheet.readAll()) : QString();
+}
+
+/// The sheet that is drawn with the theme's colours: their names stand in it, with an @ before them.
+QString ThemeSheet(const Tones& tones) {
+  QString sheet = ReadSheet(QStringLiteral(":/theme.qss"));
+  const std::pair<const char*, QRgb> colors[] = {
+      {"@bar_top", tones.bar_top},   {"@bar_bottom", tones.bar_bottom},   {"@bar_line", tones.bar_line},
+      {"@hot_top", tones.hot_top},   {"@hot_bottom", tones.hot_bottom},   {"@hot_line", tones.hot_line},
+      {"@head_top", tones.head_top}, {"@head_bottom", tones.head_bottom}, {"@head_text", tones.head_text}};
+  for (const auto& [name, color] : colors)
+    sheet.replace(QLatin1String(name), QColor(color).name());
+  return sheet.replace(QLatin1String("@radius"), QStringLiteral("%1px").arg(tones.radius));
+}
+
 } // namespace
 
 Scheme DesktopScheme(const QApplication& /*application*/) {
   return QApplication::palette().color(QPalette::Window).lightness() < kDarkBelow ? Scheme::Dark : Scheme::Light;
 }
 
-void ApplyLook(QApplication& application, Scheme scheme) {
-  LoadStyleSheet();
+void ApplyLook(QApplication& application, const Tones& tones) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-  QApplication::setPalette(MakePalette(scheme == Scheme::Dark ? kDark : kLight));
-  QFile sheet(QStringLiteral(":/look.qss"));
-  if (sheet.open(QIODevice::ReadOnly))
-    application.setStyleSheet(QString::fromUtf8(sheet.readAll()));
+  QApplication::setPalette(MakePalette(tones));
+  application.setStyleSheet(ReadSheet(QStringLiteral(":/look.qss")) + ThemeSheet(tones));
+}
+
+void ApplyLook(QApplication& application, Scheme scheme) {
+  ApplyLook(application, TonesOf(kGradientTheme, kBlueVariant, scheme));
+}
+
+void ApplyDesktopLook(QApplication& application, const QString& style) {
+  QApplication::setStyle(QStyleFactory::create(style));
+  QApplication::setPalette(QPalette());
+  application.setStyleSheet(ReadSheet(QStringLiteral(":/look.qss")));
 }
 
 } // namespace kelmio

@@ -3,13 +3,18 @@
 
 #include <QApplication>
 
+#include "qt/theme_tones.h"
+
 namespace kelmio {
 
-enum class Scheme { Light, Dark };
-
-/// Whether the desktop asks for light or dark windows. Before `ApplyLook`.
+/// Whether the desktop asks for light or dark windows. Before a look is applied.
 Scheme DesktopScheme(const QApplication& application);
 
+/// A look of our own colours.
+void ApplyLook(QApplication& application, const Tones& tones);
+/// The look of the first start.
 void ApplyLook(QApplication& application, Scheme scheme);
+/// The desktop's own style and colours; `style` is the name of the style that the application started with.
+void ApplyDesktopLook(QApplication& application, const QString& style);
 
 } // namespace kelmio

@@ -1,8 +1,9 @@
-// Labels and buttons.
+// Labels, links and buttons.
 #include <QAbstractButton>
 #include <QLabel>
 
 #include "qt/bindings.h"
+#include "qt/link_label.h"
 #include "qt/units.h"
 
 namespace kelmio {
@@ -11,18 +12,34 @@ namespace {
 
 class LabelBinding : public ControlBinding {
 public:
-  LabelBinding(QLabel& widget, Label& model) : ControlBinding(model, widget), widget_(widget), model_(model) {
+  LabelBinding(QLabel& widget, Label& model)
+      : ControlBinding(model, widget), widget_(widget), link_(dynamic_cast<LinkLabel*>(&widget)), model_(model) {
     widget.setTextFormat(Qt::PlainText); // a caller's name must not become markup
+    if (link_ != nullptr)
+      link_->on_click = [this] { RunHandler([this] { Click(); }); };
   }
 
 protected:
   void Show() override {
     widget_.setText(ToText(model_.Caption.Get()));
+    widget_.setToolTip(ToText(model_.ToolTip.Get()).toHtmlEscaped());
+    widget_.setEnabled(model_.Enabled);
     widget_.setVisible(model_.Visible);
+    if (link_ != nullptr)
+      link_->SetLink(IsLink());
   }
 
 private:
+  bool IsLink() const { return model_.Click && model_.Enabled && !model_.Caption.Get().empty(); }
+
+  // The model may have changed since it was shown.
+  void Click() {
+    if (IsLink())
+      model_.Click();
+  }
+
   QLabel& widget_;
+  LinkLabel* link_; // nothing for a label that can't be clicked
   Label& model_;
 };
 
@@ -35,7 +52,8 @@ public:
 
 protected:
   void Show() override {
-    widget_.setText(ToText(model_.Caption.Get()));
+    if (!model_.Caption.Get().empty()) // a button of a picture alone, or one whose text is its layout's
+      widget_.setText(ToText(model_.Caption.Get()));
     widget_.setEnabled(model_.Enabled);
     widget_.setVisible(model_.Visible);
   }
@@ -49,7 +67,8 @@ private:
 
 ControlBinding* BindControl(QWidget& widget, Label& label) {
   auto* target = qobject_cast<QLabel*>(&widget);
-  return target != nullptr ? new LabelBinding(*target, label) : nullptr;
+  const bool fits = target != nullptr && (!label.Click || dynamic_cast<LinkLabel*>(target) != nullptr);
+  return fits ? new LabelBinding(*target, label) : nullptr;
 }
 
 ControlBinding* BindControl(QWidget& widget, Button& button) {

@@ -1,0 +1,93 @@
+#include "qt/qt_windows.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QPointer>
+
+#include <memory>
+
+#include "controls/form.h"
+#include "qt/form_binding.h"
+#include "qt/form_factory.h"
+#include "qt/handler_guard.h"
+#include "qt/units.h"
+
+namespace kelmio {
+
+namespace {
+
+/// Ends the loop with the window, and tells the form of the Esc key.
+class ModalWatch : public QObject {
+public:
+  ModalWatch(QWidget& window, Form& form, QEventLoop& loop) : form_(form), loop_(loop) {
+    window.installEventFilter(this);
+    connect(&window, &QObject::destroyed, this, [this] { loop_.quit(); });
+  }
+
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Hide && !event->spontaneous())
+      loop_.quit();
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+      RunHandler([this] { form_.EscapePressed(); });
+      return true;
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+private:
+  Form& form_;
+  QEventLoop& loop_;
+};
+
+/// In the middle of the owner's window; with no owner to be seen, of the screen.
+void Center(QWidget& window, Form& form, const QWidget* owner) {
+  const QSize known(ToPixels(form.Width), ToPixels(form.Height));
+  const QSize size = known.isEmpty() ? window.size() : known;
+  const bool seen = owner != nullptr && owner->isVisible() && !owner->isMinimized();
+  const QRect room = seen ? owner->frameGeometry() : window.screen()->availableGeometry();
+  const QPoint corner = room.center() - QPoint(size.width() / 2, size.height() / 2);
+  form.Width = ToTwips(size.width());
+  form.Height = ToTwips(size.height());
+  form.Left = ToTwips(corner.x());
+  form.Top = ToTwips(corner.y());
+}
+
+} // namespace
+
+void QtWindows::ShowModal(Form& form, Form* owner) {
+  if (!shown_.insert(&form).second) {
+    if (QWidget* window = WindowOf(form)) {
+      window->raise();
+      window->activateWindow();
+    }
+    return;
+  }
+  form.Visible = false;
+  const QPointer<QWidget> window = MakeWindow(form, form.Name()).release();
+  QWidget* over = owner != nullptr ? WindowOf(*owner) : QApplication::activeWindow();
+  window->setParent(over != nullptr ? over->window() : nullptr, Qt::Dialog);
+  window->setWindowModality(Qt::ApplicationModal);
+  RunHandler([&] { form.Load(); });
+  Center(*window, form, over != nullptr ? over->window() : nullptr);
+
+  QEventLoop loop;
+  const ModalWatch watch(*window, form, loop);
+  form.Visible = true;
+  // Behind the refresh that shows the window, for a form that has changed its mind by then.
+  QMetaObject::invokeMethod(
+      &loop,
+      [&] {
+        if (!form.Visible)
+          loop.quit();
+      },
+      Qt::QueuedConnection);
+  loop.exec(QEventLoop::DialogExec);
+
+  delete window; // nothing when it has gone with its owner
+  form.Visible = false;
+  shown_.erase(&form);
+}
+
+} // namespace kelmio
