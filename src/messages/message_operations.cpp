@@ -46,6 +46,7 @@ bool MessageOperations::CopyRecord(const std::string& file_name, const std::stri
   const std::string index_name(kMessageIndexName);
   const IniDocument index = IniDocument::Load(from + index_name);
   std::vector<std::pair<std::string, std::string>> record;
+  record.reserve(kMessageKeys.size());
   for (const std::string_view key : kMessageKeys)
     record.emplace_back(key, index.Read(file_name, key));
   const bool written = mIni::IniWriteSection(file_name, record, to + index_name);

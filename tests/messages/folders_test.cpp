@@ -17,7 +17,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-using enum TreeView::MouseButton;
+using enum ListView::MouseButton;
 
 class Folders : public test::MessageDesk {
 protected:
