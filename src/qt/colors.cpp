@@ -1,5 +1,8 @@
 #include "qt/colors.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "qt/units.h"
 
 namespace kelmio {
@@ -13,10 +16,38 @@ constexpr int kBrightFrom = 140;
 constexpr QRgb kLinkOnBright = 0xff1a4f96;
 constexpr QRgb kLinkOnDark = 0xffa9d0ff;
 
+/// Below this contrast a text is hard to read (Web Content Accessibility Guidelines 2, success criterion 1.4.3).
+constexpr double kLeastContrast = 4.5;
+
+/// Relative luminance, from the sRGB values.
+double Luminance(const QColor& color) {
+  const auto linear = [](double part) {
+    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
 } // namespace
 
+double Contrast(const QColor& one, const QColor& other) {
+  const double first = Luminance(one);
+  const double second = Luminance(other);
+  return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+}
+
 QColor TextColor(Color color, const QPalette& palette) {
-  return color == kDefaultTextColor ? palette.color(QPalette::Text) : ToColor(color);
+  if (color == kDefaultTextColor)
+    return palette.color(QPalette::Text);
+  const QColor ground = palette.color(QPalette::Base);
+  const double step = Luminance(ground) < 0.18 ? 0.05 : -0.05; // at this grey, black and white read alike
+  QColor text = ToColor(color);
+  while (Contrast(text, ground) < kLeastContrast) {
+    const double lightness = text.lightnessF() + step;
+    if (lightness < 0 || lightness > 1)
+      return palette.color(QPalette::Text);
+    text = QColor::fromHslF(std::max(text.hslHueF(), 0.0F), text.hslSaturationF(), static_cast<float>(lightness));
+  }
+  return text;
 }
 
 void SetBackColor(QWidget& widget, Color color) {

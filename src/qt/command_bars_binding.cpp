@@ -1,6 +1,7 @@
 // Menu bar, tool bars and keys of a window.
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPointer>
@@ -31,13 +32,30 @@ QKeySequence ToKeys(const KeyBinding& binding) {
   return QKeySequence(QKeyCombination(modifiers, static_cast<Qt::Key>(letter)));
 }
 
+/// Small captions are better than buttons behind an arrow: the largest of these parts of the usual size that lets all
+/// buttons stand in the window.
+void FitCaptions(QToolBar& bar, int room) {
+  for (const double part : {1.0, 0.92, 0.85, 0.78}) {
+    for (QAction* action : bar.actions())
+      if (QWidget* button = bar.widgetForAction(action)) {
+        QFont font = QApplication::font(button);
+        font.setPointSizeF(font.pointSizeF() * part);
+        if (font != button->font())
+          button->setFont(font);
+      }
+    bar.layout()->invalidate();
+    if (bar.orientation() == Qt::Vertical || bar.sizeHint().width() <= room)
+      return;
+  }
+}
+
 class CommandBarsBinding : public ControlBinding {
 public:
   CommandBarsBinding(QMenuBar& menu_bar, QMainWindow& window, CommandBars& model)
       : ControlBinding(model, menu_bar), menu_bar_(menu_bar), window_(window), model_(model),
         menu_actions_(
             menu_bar, [this](int id) { Run(id); }, [this](int id) { return KeyText(id); }),
-        update_([this] { RunHandler([this] { model_.Update(); }); }) {
+        update_([this] { RunHandler([this] { model_.Update(); }); }), fit_([this] { Fit(); }) {
     window.setContextMenuPolicy(Qt::NoContextMenu); // bars and panes are shown and hidden by commands
     menu_actions_.on_open = [this] { PrepareMenus(); };
     model.SaveState = [this] { return SaveLayout(window_); };
@@ -76,10 +94,13 @@ protected:
       if (tool_bars_[bar].widget->isHidden() == model_.ToolBars()[bar].visible)
         tool_bars_[bar].widget->setVisible(model_.ToolBars()[bar].visible);
     }
+    fit_.Request();
   }
 
   // The window's keys come before those of a text box in it.
   bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == &window_ && (event->type() == QEvent::Resize || event->type() == QEvent::StyleChange))
+      fit_.Request();
     if (event->type() == QEvent::ShortcutOverride && watched->isWidgetType() &&
         window_.isAncestorOf(static_cast<QWidget*>(watched))) {
       const QKeySequence pressed(static_cast<QKeyEvent*>(event)->keyCombination());
@@ -106,6 +127,11 @@ private:
     window_.addToolBar(widget);
     widget->hide(); // said outright: otherwise the window shows it once it is laid out
     return {widget, std::make_unique<ItemActions>(*widget, [this](int id) { Run(id); })};
+  }
+
+  void Fit() {
+    for (const Bar& bar : tool_bars_)
+      FitCaptions(*bar.widget, window_.width());
   }
 
   void ShowKeys() {
@@ -165,6 +191,7 @@ private:
   CommandBars& model_;
   ItemActions menu_actions_;
   Refresh update_;
+  Refresh fit_;
   std::vector<Bar> tool_bars_;
   std::vector<std::unique_ptr<QShortcut>> shortcuts_;
 };

@@ -126,6 +126,8 @@ void FormBinding::ShowState() {
 }
 
 bool FormBinding::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == &window_ && event->type() == QEvent::ParentChange)
+    RequestShow(); // a window that has become a pane
   if (watched == &window_ && window_.isWindow())
     switch (event->type()) {
     case QEvent::Move:

@@ -6,10 +6,12 @@
 #include <QTreeView>
 
 #include <algorithm>
+#include <vector>
 
 #include "controls/list_view.h"
 #include "qt/bindings.h"
 #include "qt/colors.h"
+#include "qt/column_widths.h"
 #include "qt/list_rows.h"
 #include "qt/units.h"
 
@@ -21,6 +23,11 @@ namespace {
 constexpr int kRowAir = 10;
 /// Column widths are drawn for a font with characters of this width, in pixels.
 constexpr double kDrawnCharacterWidth = 5.5;
+/// Air left and right of a cell's text together, in pixels.
+constexpr int kCellAir = 12;
+/// The first rows tell what a column needs; a few long texts among them may be cut.
+constexpr int kRowsMeasured = 100;
+constexpr std::size_t kMostTextsPercent = 80;
 
 /// Roomy rows, and a selection without the box around its one focused cell.
 class RowDelegate : public QStyledItemDelegate {
@@ -86,7 +93,7 @@ protected:
     sizing_ = true; // new columns have a size before they have their size
     const bool same = rows_->Take(model_);
     sizing_ = false;
-    if (rows_->columnCount() != columns_before)
+    if (rows_->columnCount() != columns_before || (!same && !user_sizes_))
       SizeColumns();
     ShowSelection();
     if (!same) {
@@ -124,23 +131,33 @@ protected:
   }
 
 private:
-  // The drawn widths are proportions: a larger font or a wider list widens all columns alike, until the user sizes
-  // one of them.
   void SizeColumns() {
-    int drawn = 0;
-    for (const ListColumn& column : model_.Columns())
-      drawn += ToPixels(column.width_twips);
-    if (drawn <= 0)
-      return;
-    const double scale = std::max({1.0, widget_.fontMetrics().averageCharWidth() / kDrawnCharacterWidth,
-                                   static_cast<double>(widget_.viewport()->width()) / drawn});
-    sizing_ = true;
     const int count = std::min(rows_->columnCount(), static_cast<int>(model_.Columns().size()));
-    for (int column = 0; column < count; ++column) {
-      const int width = ToPixels(model_.Columns()[static_cast<std::size_t>(column)].width_twips);
-      widget_.header()->resizeSection(column, static_cast<int>(width * scale));
-    }
+    std::vector<ColumnWish> wishes;
+    for (int column = 0; column < count; ++column)
+      wishes.push_back(WishOf(column));
+    const std::vector<int> widths = ColumnWidths(wishes, widget_.viewport()->width());
+    sizing_ = true;
+    for (int column = 0; column < count; ++column)
+      widget_.header()->resizeSection(column, widths[static_cast<std::size_t>(column)]);
     sizing_ = false;
+  }
+
+  /// The width as drawn, for the font of this desktop, and the one that most texts of the column need.
+  ColumnWish WishOf(int column) const {
+    QFont bold = widget_.font(); // a row may become bold
+    bold.setBold(true);
+    const QFontMetrics metrics(bold);
+    const ListColumn& drawn = model_.Columns()[static_cast<std::size_t>(column)];
+    const double font_scale = std::max(1.0, widget_.fontMetrics().averageCharWidth() / kDrawnCharacterWidth);
+
+    std::vector<int> texts;
+    for (int row = 0; row < std::min(rows_->rowCount(), kRowsMeasured); ++row)
+      texts.push_back(metrics.horizontalAdvance(rows_->index(row, column).data().toString()));
+    std::sort(texts.begin(), texts.end());
+    const int most = texts.empty() ? 0 : texts[texts.size() * kMostTextsPercent / 100];
+    const int heading = widget_.fontMetrics().horizontalAdvance(ToText(drawn.heading));
+    return {static_cast<int>(ToPixels(drawn.width_twips) * font_scale), std::max(most, heading) + kCellAir};
   }
 
   void ShowSelection() {

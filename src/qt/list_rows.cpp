@@ -82,7 +82,7 @@ QVariant ListRows::data(const QModelIndex& index, int role) const {
     }
     return {};
   case Qt::ForegroundRole:
-    return row.text_color == kDefaultTextColor ? QVariant() : QVariant(ToColor(row.text_color));
+    return row.text_color == kDefaultTextColor ? QVariant() : QVariant(TextColor(row.text_color, Palette()));
   default:
     return {};
   }
@@ -97,6 +97,11 @@ QVariant ListRows::headerData(int section, Qt::Orientation orientation, int role
   if (role == Qt::TextAlignmentRole)
     return QVariant::fromValue(ToAlignment(columns_[column].alignment));
   return {};
+}
+
+QPalette ListRows::Palette() const {
+  const auto* view = qobject_cast<const QWidget*>(QObject::parent());
+  return view != nullptr ? view->palette() : QApplication::palette();
 }
 
 Qt::ItemFlags ListRows::flags(const QModelIndex& index) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QPalette>
 
 #include <cstdint>
 #include <vector>
@@ -38,6 +39,8 @@ public:
   Qt::DropActions supportedDragActions() const override { return Qt::CopyAction | Qt::MoveAction; }
 
 private:
+  QPalette Palette() const; // of the view that is the model's parent
+
   std::vector<ListColumn> columns_;
   std::vector<ListRow> rows_;
 };

@@ -1,0 +1,44 @@
+// The sound output on the desktop's sound server.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <memory>
+
+#include "media/sound_output.h"
+
+class QAudioSink;
+
+namespace kelmio {
+
+/// Through the default device of the moment. The device is opened by a start and given back soon after the end of
+/// the sound. A sound that can't be given to the device runs on a clock instead, and so does the end of each sound,
+/// which the device holds already. User interface thread only, with its event loop running.
+class QtSoundOutput : public SoundOutput {
+public:
+  QtSoundOutput();
+  ~QtSoundOutput() override;
+
+  bool Start(std::unique_ptr<WaveReader> sound) override;
+  void Stop() override;
+  long Heard() const override;
+
+private:
+  class Source;
+
+  /// The rest of the sound runs on the clock.
+  void RunOnClock();
+  void Watch();
+  void TellLost();
+
+  std::unique_ptr<Source> source_; // outlives the sink, which reads it
+  std::unique_ptr<QAudioSink> sink_;
+  long clock_start_ms_ = 0; // heard when the clock took over
+  QElapsedTimer clock_;     // valid from then on
+  QTimer watch_;
+  long last_heard_ms_ = 0;
+  QElapsedTimer since_progress_;
+};
+
+} // namespace kelmio
