@@ -18,10 +18,13 @@
 #include "media/media_sound.h"
 #include "media/wave_device.h"
 #include "qt/form_factory.h"
-#include "qt/look.h"
+#include "qt/qt_appearance.h"
 #include "qt/qt_desktop.h"
+#include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
+#include "qt/qt_sound_output.h"
 #include "qt/qt_tray.h"
+#include "qt/qt_windows.h"
 #include "qt/unix_signals.h"
 #include "qt/xdg_auto_start.h"
 #include "shell/frmMain.h"
@@ -57,8 +60,15 @@ int Run(QApplication& application) {
   QtDesktop desktop;
   QtClipboard clipboard;
   QtTray tray;
+  QtWindows windows;
+  QtMessageBoxes boxes;
+  QtFolderPicker folder_picker;
+  QtFileClipboard file_clipboard;
+  QtAppearance appearance(application);
+  QtLinkOpener link_opener;
   XdgAutoStart auto_start(XdgAutoStart::DefaultFolder(), PlacesFromEnvironment(surroundings));
-  WaveDevice mmc;
+  QtSoundOutput sound_output;
+  WaveDevice mmc(timers, sound_output);
   MediaSoundFactory sounds(loop);
   LineService lines(loop, sounds);
   LinesFile lines_file(app_path + "Lines.ini");
@@ -66,9 +76,9 @@ int Run(QApplication& application) {
 
   AppState app;
   Settings settings;
-  frmMain main_form({app, settings, loop, timers, clock, registry, desktop, clipboard, tray, auto_start, mmc, journal,
-                     lines, app_path, executable});
-  ApplyLook(application, DesktopScheme(application));
+  frmMain main_form({app,       settings,      loop,           timers,     clock,       registry, desktop,
+                     clipboard, tray,          auto_start,     mmc,        journal,     lines,    windows,
+                     boxes,     folder_picker, file_clipboard, appearance, link_opener, app_path, executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

@@ -46,6 +46,12 @@ void MessageList::FillRow(const MessageRecord& record, std::size_t index) {
   row.text_color = index % 2 == 0 ? house_.settings.MessagesWindowColor : house_.settings.MessagesWindowColor1;
 }
 
+const MessageRecord* MessageList::SelectedMessage() const {
+  const std::size_t row = lvwCalls.SelectedRow();
+  const MessageStore& messages = house_.messages;
+  return row != 0 && row <= messages.Messages().size() ? &messages.Messages()[row - 1] : nullptr;
+}
+
 void MessageList::SortMessagesBy(int column) {
   int& sort_by = house_.settings.MessagesSortBy;
   sort_by = column == sort_by ? -sort_by : column;

@@ -40,6 +40,8 @@ public:
   void RefreshMessageList();
   /// A click on a column: the same column again turns the order round.
   void SortMessagesBy(int column);
+  /// The record of the selected row; nothing when no row is selected.
+  const MessageRecord* SelectedMessage() const;
 
 private:
   void FillRow(const MessageRecord& record, std::size_t index);

@@ -1,7 +1,7 @@
 #include "shell/frmMain.h"
 
 #include "core/mGeneral.h"
-#include "core/text.h"
+#include "messages/frmOpen.h"
 #include "shell/command_table.h"
 
 namespace kelmio {
@@ -17,12 +17,18 @@ frmMain::frmMain(const House& house)
     : house_(house), tmrLoaded(house.timers, kLoadDelayMs), tmrHide(house.timers, kHideDelayMs), mTAPIEx(house.lines),
       Output(house.app, house.settings, house.clipboard, house.journal), contacts_(house.app_path + "Contacts.ini"),
       call_log_(house.app_path + "CallLog.ini", house.clock, Trouble()),
-      messages_(house.app_path, house.clock, house.mmc, Trouble()),
-      message_list_({house_.settings, house_.registry, messages_, house_.mmc, *this}), monitor_(house.timers, *this),
-      system_(house_.settings, house_.registry, Context, *this, mTAPIEx),
+      messages_(house.app_path, house.clock, house.mmc, Trouble()), Folders(messages_, *this, Trouble()),
+      message_list_({house_.settings, house_.registry, messages_, house_.mmc, *this}),
+      Preview(house_.settings, message_list_, {house_.app, contacts_}, *this),
+      operations_({messages_, message_list_, house_.boxes, house_.folder_picker, house_.file_clipboard, house_.windows,
+                   *this, Trouble()}),
+      folders_({messages_, message_list_, Folders, house_.boxes, house_.windows, *this, Trouble()}),
+      playback_({house_.app, messages_, message_list_, house_.mmc, [this] { PumpEvents(); }}),
+      monitor_(house.timers, *this), system_(house_.settings, house_.registry, Context, *this, mTAPIEx),
       recording_({house_.app, house_.settings, Context, *this, mTAPIEx, monitor_, contacts_, messages_, house_.timers}),
       calls_({house_.app, house_.settings, Context, *this, monitor_, recording_, contacts_, call_log_}),
-      lvwCalls(message_list_.lvwCalls), tmrCallTime(monitor_.tmrCallTime), tmrSilence(recording_.tmrSilence) {
+      lvwCalls(message_list_.lvwCalls), cmdPlayFile(playback_.cmdPlayFile), cmdStopPlay(playback_.cmdStopPlay),
+      sldSlider(playback_.sldSlider), tmrCallTime(monitor_.tmrCallTime), tmrSilence(recording_.tmrSilence) {
   Caption = "Kelmio Standard";
   using Kind = StatusBar::PanelKind;
   sbStatusBar.AddPanel(Kind::Text, "Status");
@@ -36,6 +42,13 @@ frmMain::frmMain(const House& house)
   tmrHide.Tick = [this] { tmrHide_Timer(); };
   CommandBars1.Execute = [this](int id) { ExecuteCommand(id); };
   CommandBars1.Update = [this] { UpdateCommands(); };
+  lvwCalls.ItemClick = [this] { PreviewMessage(); };
+  lvwCalls.DblClick = [this] { OpenSelectedMessage(); };
+  house_.mmc.Trouble = Trouble();
+  lvwCalls.MouseUp = [this](ListView::MouseButton button) {
+    if (button == ListView::MouseButton::Right)
+      ShowMessagePopup();
+  };
   calls_.Listen(mTAPIEx);
   mTAPIEx.OnLogText = [this](const std::string& text) { Output.OnLogText(text); };
 
@@ -54,6 +67,8 @@ TroubleSink frmMain::Trouble() {
 }
 
 frmMain::~frmMain() {
+  house_.mmc.StatusUpdate = [] {};
+  house_.mmc.Trouble = [](const std::string&) {};
   house_.tray.on_popup = {};
   house_.tray.on_command = {};
   house_.tray.on_double_click = {};
@@ -99,6 +114,10 @@ void frmMain::VisitControls(ControlVisitor& visitor) {
   visitor.Visit("sbStatusBar", sbStatusBar);
   visitor.Visit("MsgsTitleCaption", MsgsTitleCaption);
   visitor.Visit("lvwCalls", lvwCalls);
+  visitor.Visit("cmdPlayFile", cmdPlayFile);
+  visitor.Visit("cmdStopPlay", cmdStopPlay);
+  visitor.Visit("sldSlider", sldSlider);
+  visitor.Visit("WaveView", WaveView);
 }
 
 void frmMain::SetPanel(std::size_t panel, const std::string& text) {
@@ -130,160 +149,27 @@ void frmMain::SetCallCount(const std::string& text) {
   sbStatusBar.SetPanel(kPanelCount, text);
 }
 
-void frmMain::PreviewMessage() {}
+void frmMain::PreviewMessage() {
+  Preview.PreviewMessage();
+}
+
+void frmMain::OpenSelectedMessage() {
+  if (lvwCalls.SelectedRow() == 0)
+    return;
+  frmOpen open(message_list_, {house_.app, contacts_}, *this);
+  house_.windows.ShowModal(open, this);
+}
+
+void frmMain::OpenAddress(const std::string& address) {
+  mGeneral::ShellOpen(house_.link_opener, address, "Open", "", "", 0);
+}
+
+void frmMain::Dial(const std::string& number) {
+  house_.app.DialNumber = number;
+}
 
 void frmMain::PumpEvents() {
   house_.loop.RunPending();
-}
-
-void frmMain::PlaceWindow() {
-  for (const char* place : {"MainLeft", "MainTop", "MainWidth", "MainHeight"})
-    ReadSetting(house_.settings, house_.registry, place, house_.app_path);
-  Left = house_.settings.MainLeft;
-  Top = house_.settings.MainTop;
-  Width = house_.settings.MainWidth;
-  Height = house_.settings.MainHeight;
-}
-
-void frmMain::ReadSettings() {
-  LoadSettings(house_.settings, house_.registry, house_.app_path);
-}
-
-void frmMain::DetectThemeStyle() {
-  int style = 0;
-  const auto current = house_.desktop.CurrentStyle();
-  if (current && AsciiLower(current->file).find("luna.msstyles") != std::string::npos) {
-    const std::string scheme = AsciiLower(current->color_scheme);
-    int number = 0;
-    for (const char* name : {"normalcolor", "homestead", "metallic"}) {
-      ++number;
-      if (scheme.find(name) != std::string::npos)
-        style = number;
-    }
-  }
-  house_.app.ThemeStyle = style;
-}
-
-void frmMain::BuildCommandBars() {
-  BuildMainCommandBars(CommandBars1);
-}
-
-void frmMain::MeasureScreen() {
-  house_.app.ScreenWidth = house_.desktop.WorkAreaWidth();
-  house_.app.ScreenHeight = house_.desktop.WorkAreaHeight();
-}
-
-void frmMain::SetFolderPaths() {
-  SetPaths(house_.app, house_.app_path);
-  MsgsTitleCaption.Caption = house_.app.InboxName;
-}
-
-void frmMain::CreatePanes() {
-  DockingPane& status = DockingPaneManager.CreatePane(kStatusPane, 200, 140, DockingPane::Edge::Bottom, 0);
-  status.title = "Status";
-  status.form = &Output;
-  Output.Load();
-  DockingPaneManager.Changed();
-}
-
-void frmMain::EnsureFolders() {
-  for (const std::string& folder : {house_.app.PhotosFolder, house_.app.SoundFolder, house_.app.InboxFolder,
-                                    house_.app.MessagesFolder + "/Deleted"})
-    mGeneral::EnsureFolder(folder);
-}
-
-void frmMain::RestoreLayout() {
-  CommandBars1.RestoreState(house_.settings.CommandBarsStateString);
-  DockingPaneManager.RestoreState(house_.settings.DockingPaneStateString);
-  sbStatusBar.Visible = house_.settings.MainStatusBarState;
-}
-
-void frmMain::RegisterHotKey() {}
-
-void frmMain::UnregisterHotKey() {}
-
-void frmMain::CreateTrayIcon() {
-  house_.tray.Create(Caption);
-}
-
-void frmMain::PrepareAutoStartUp() {
-  if (house_.settings.AutoStart == 1)
-    house_.auto_start.Enable(house_.executable);
-  else
-    house_.auto_start.Disable();
-}
-
-void frmMain::StartLoadTimers() {
-  tmrLoaded.SetEnabled(true);
-  tmrHide.SetEnabled(true);
-}
-
-void frmMain::LoadContacts() {
-  contacts_.LoadContacts();
-}
-
-void frmMain::InitializeTelephony() {
-  mTAPIEx.InitMode = TAPIExCtl::kInitModeMain;
-  mTAPIEx.Initialize();
-  mTAPIEx.InitMode = 1;
-  mTAPIEx.OptionFlagA = false;
-  house_.loop.RunPending();
-  mTAPIEx.OptionFlagB = true;
-}
-
-void frmMain::DetectDeviceIfNone() {
-  if (house_.settings.CommDeviceID < 0)
-    system_.AutoDetectCommDevice();
-}
-
-void frmMain::CloseLine() {
-  if (Context.CurrentLine == nullptr || !Context.CurrentLine->IsOpen())
-    return;
-  if (Context.CurrentCall != nullptr)
-    Context.CurrentCall->StopRecord();
-  Context.CurrentLine->Close();
-}
-
-void frmMain::RemoveTrayIcon() {
-  if (house_.tray.Created())
-    house_.tray.Remove();
-}
-
-void frmMain::StopPlayback() {
-  house_.app.StopPlaybackFlag = true;
-  house_.mmc.Command("Stop");
-  house_.mmc.Command("Close");
-}
-
-void frmMain::UnloadOtherForms() {
-  Output.Unload();
-}
-
-void frmMain::SaveWindowPlace() {
-  house_.settings.MainLeft = Left;
-  house_.settings.MainTop = Top;
-  house_.settings.MainWidth = Width;
-  house_.settings.MainHeight = Height;
-  for (const char* place : {"MainLeft", "MainTop", "MainWidth", "MainHeight"})
-    SaveSetting(house_.settings, house_.registry, place);
-}
-
-void frmMain::SaveLayout() {
-  house_.settings.CommandBarsStateString = CommandBars1.SaveState();
-  house_.settings.DockingPaneStateString = DockingPaneManager.SaveState();
-  SaveSetting(house_.settings, house_.registry, "CommandBarsStateString");
-  SaveSetting(house_.settings, house_.registry, "DockingPaneStateString");
-}
-
-void frmMain::tmrLoaded_Timer() {
-  tmrLoaded.SetEnabled(false);
-  LoadDataAndLine(*this);
-}
-
-void frmMain::tmrHide_Timer() {
-  tmrHide.SetEnabled(false);
-  if (house_.tray.Created())
-    HideToTray();
 }
 
 } // namespace kelmio

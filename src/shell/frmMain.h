@@ -1,6 +1,7 @@
 // The main window: it owns what lives for the whole run and hands events on to the subjects.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "calls/log/call_log.h"
@@ -14,10 +15,17 @@
 #include "core/app_state.h"
 #include "core/settings.h"
 #include "core/startup.h"
+#include "messages/frmFolders.h"
+#include "messages/frmPreview.h"
+#include "messages/links.h"
+#include "messages/message_folders.h"
 #include "messages/message_list.h"
+#include "messages/message_operations.h"
+#include "messages/playback.h"
 #include "messages/store/message_store.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
+#include "platform/dialogs.h"
 #include "platform/event_loop.h"
 #include "platform/journal.h"
 #include "platform/multimedia_device.h"
@@ -33,7 +41,13 @@
 namespace kelmio {
 
 /// User interface thread only. Everything in `House` outlives the window.
-class frmMain : public Form, private CallHost, private MessageListHost, private StartupHost {
+class frmMain : public Form,
+                private CallHost,
+                private MessageListHost,
+                private MessageOperationsHost,
+                private FolderHost,
+                private MessageLinks,
+                private StartupHost {
 public:
   struct House {
     AppState& app;
@@ -49,6 +63,12 @@ public:
     MultimediaDevice& mmc;
     Journal& journal;
     LineService& lines;
+    Windows& windows;
+    MessageBoxes& boxes;
+    FolderPicker& folder_picker;
+    FileClipboard& file_clipboard;
+    Appearance& appearance;
+    LinkOpener& link_opener;
     std::string app_path;   // the program's folder with a closing separator
     std::string executable; // full path
   };
@@ -76,7 +96,20 @@ private:
   ContactTable contacts_;
   CallLog call_log_;
   MessageStore messages_;
+
+public:
+  frmFolders Folders;
+
+private:
   MessageList message_list_;
+
+public:
+  frmPreview Preview;
+
+private:
+  MessageOperations operations_;
+  MessageFolders folders_;
+  MessagePlayback playback_;
   CallMonitor monitor_;
   SystemControl system_;
   MessageRecording recording_;
@@ -84,11 +117,14 @@ private:
 
 public:
   ListView& lvwCalls;
+  Button& cmdPlayFile;
+  Button& cmdStopPlay;
+  ucSlider& sldSlider;
   Timer& tmrCallTime;
   Timer& tmrSilence;
 
   /// The load of the window, before it is shown: the first half of the start.
-  void Load();
+  void Load() override;
   bool QueryUnload() override;
   /// Closes the line, leaves the desktop and ends the loop. A second call does nothing.
   void Unload() override;
@@ -123,6 +159,19 @@ private:
   void SetCallCount(const std::string& text) override;
   void PreviewMessage() override;
   void PumpEvents() override;
+
+  // MessageOperationsHost
+  std::optional<std::string> SelectedFolderTag() const override { return Folders.SelectedFolderTag(); }
+  Form& MainWindow() override { return *this; }
+
+  // FolderHost
+  void SetFolderCaption(const std::string& name) override { MsgsTitleCaption.Caption = name; }
+  void MoveDragedMessages(const std::string& target) override { operations_.MoveDragedMessages(target); }
+  void ShowFolderPopup(const CommandBar& popup) override { CommandBars1.ShowPopup(popup); }
+
+  // MessageLinks
+  void OpenAddress(const std::string& address) override;
+  void Dial(const std::string& number) override;
 
   // StartupHost
   void PlaceWindow() override;
@@ -159,8 +208,14 @@ private:
   TroubleSink Trouble();
   void tmrLoaded_Timer();
   void tmrHide_Timer();
+  void OpenSelectedMessage();
+  bool SelectedCallerIsContact() const;
+  void ShowMessagePopup();
+  void SetDefaultVisualTheme(int theme);
+  void SetDefaultSystemTheme(int theme);
   void ToggleSystem();
   void SwitchSystem(bool on);
+  void ToggleToolbar();
   void ToggleStatusBar();
   void TogglePane(int pane);
 

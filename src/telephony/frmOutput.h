@@ -22,7 +22,7 @@ public:
   Button cmdClear;
   Button cmdSelectAll;
 
-  void Load();
+  void Load() override;
   /// Appends a line, also to the journal. Dropped before the program has been loaded.
   void OnLogText(const std::string& text);
 

@@ -94,8 +94,15 @@ struct Desk {
   std::shared_ptr<ScriptedLine> line = std::make_shared<ScriptedLine>(loop, 3, kVoice);
   AppState app;
   Settings settings;
-  frmMain form{{app, settings, loop, loop, loop, registry, desktop, clipboard, tray, auto_start, mmc, journal, lines,
-                home.Path(), "/opt/kelmio/kelmio"}};
+  FakeWindows windows;
+  FakeMessageBoxes boxes;
+  FakeFolderPicker folder_picker;
+  FakeFileClipboard file_clipboard;
+  FakeAppearance appearance;
+  FakeLinkOpener link_opener;
+  frmMain form{{app,       settings,      loop,           loop,       loop,        registry,    desktop,
+                clipboard, tray,          auto_start,     mmc,        journal,     lines,       windows,
+                boxes,     folder_picker, file_clipboard, appearance, link_opener, home.Path(), "/opt/kelmio/kelmio"}};
 };
 
 } // namespace kelmio::test
