@@ -21,7 +21,7 @@ constexpr std::string_view kSectionText =
     "RingPeriod=6000\n";
 
 // A shorter period would count rings faster than anyone could react, a longer one would never reach a second.
-constexpr long kShortestRingPeriod = 500;
+constexpr long kShortestRingPeriod = 20;
 constexpr long kLongestRingPeriod = 60'000;
 
 template <typename Number> std::optional<Number> WholeNumber(std::string_view text) {
