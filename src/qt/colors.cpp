@@ -16,8 +16,9 @@ constexpr int kBrightFrom = 140;
 constexpr QRgb kLinkOnBright = 0xff1a4f96;
 constexpr QRgb kLinkOnDark = 0xffa9d0ff;
 
-/// Below this contrast a text is hard to read (Web Content Accessibility Guidelines 2, success criterion 1.4.3).
-constexpr double kLeastContrast = 4.5;
+/// A colour that the user has chosen stays as it is down to this contrast, which is that of red on white and a little
+/// less.
+constexpr double kLeastContrast = 3.5;
 
 /// Relative luminance, from the sRGB values.
 double Luminance(const QColor& color) {

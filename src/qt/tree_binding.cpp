@@ -62,6 +62,12 @@ protected:
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == &widget_ && event->type() == QEvent::KeyPress) {
+      // Who walks the nodes by keys has no button to release.
+      const int key = static_cast<QKeyEvent*>(event)->key();
+      if ((key == Qt::Key_Return || key == Qt::Key_Enter) && widget_.currentItem() != nullptr)
+        Tell(TreeView::MouseButton::Left, KeyOf(widget_.currentItem()));
+    }
     if (watched == widget_.viewport())
       switch (event->type()) {
       case QEvent::MouseButtonRelease:

@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 
 #include <QHeaderView>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QTest>
 
 #include "qt/binder.h"
+#include "qt/column_widths.h"
 #include "test_form.h"
 
 namespace kelmio {
@@ -127,6 +129,28 @@ TEST_F(ListBindingTest, ARefilledListKeepsItsPlaceAndLosesItsSelection) {
   EXPECT_EQ(window_.list->selectionModel()->selectedRows().size(), 0);
   EXPECT_TRUE(Selected().empty());
   EXPECT_EQ(clicks, 0) << "filling the list is no click";
+}
+
+TEST_F(ListBindingTest, RowsAreDraggedAwayAsTextAndDeletedByKey) {
+  list_.SetSelection({list_.Row(1).key, list_.Row(3).key}, list_.Row(3).key);
+  Settle();
+  const std::unique_ptr<QMimeData> data(
+      window_.list->model()->mimeData(window_.list->selectionModel()->selectedIndexes()));
+  EXPECT_EQ(data->text(), "1\tCaller 1\n3\tCaller 3");
+  EXPECT_TRUE(window_.list->model()->flags(At(2)).testFlag(Qt::ItemIsDragEnabled));
+  std::size_t deleted = 0;
+  list_.DeleteKey = [&] { deleted = list_.SelectedRow(); };
+  QTest::keyClick(window_.list, Qt::Key_Delete);
+  Settle();
+  EXPECT_EQ(deleted, 3U);
+}
+
+TEST(ColumnWidthsTest, ColumnsShareAWideListAndGiveAwaySpareRoomInANarrowOne) {
+  const std::vector<ColumnWish> wishes = {{40, 20}, {160, 80}, {100, 100}};
+  EXPECT_THAT(ColumnWidths(wishes, 600), ElementsAre(80, 320, 200));
+  EXPECT_THAT(ColumnWidths(wishes, 250), ElementsAre(30, 120, 100)) << "half of what can be spared";
+  EXPECT_THAT(ColumnWidths(wishes, 50), ElementsAre(17, 68, 85)) << "the list scrolls";
+  EXPECT_THAT(ColumnWidths({{0, 0}}, 0), ElementsAre(0));
 }
 
 } // namespace

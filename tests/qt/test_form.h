@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTreeView>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -19,6 +20,13 @@
 #include "controls/docking_panes.h"
 #include "controls/form.h"
 #include "controls/list_view.h"
+#include "controls/picture_box.h"
+#include "controls/spectrum_view.h"
+#include "controls/tree_view.h"
+#include "controls/ucSlider.h"
+#include "qt/link_label.h"
+#include "qt/slider_widget.h"
+#include "qt/wave_view.h"
 
 namespace kelmio {
 
@@ -31,6 +39,11 @@ struct TestForm : Form {
   StatusBar sbStatus;
   CommandBars Bars;
   DockingPanes Panes;
+  Label lblLink;
+  TreeView twvNodes;
+  PictureBox picPhoto;
+  SpectrumView Wave;
+  ucSlider sldPlace;
   bool stays = false;
   int unloads = 0;
 
@@ -43,6 +56,11 @@ struct TestForm : Form {
     visitor.Visit("sbStatus", sbStatus);
     visitor.Visit("Bars", Bars);
     visitor.Visit("Panes", Panes);
+    visitor.Visit("lblLink", lblLink);
+    visitor.Visit("twvNodes", twvNodes);
+    visitor.Visit("picPhoto", picPhoto);
+    visitor.Visit("Wave", Wave);
+    visitor.Visit("sldPlace", sldPlace);
   }
   bool QueryUnload() override { return stays; }
   void Unload() override { ++unloads; }
@@ -53,7 +71,14 @@ class TestWindow : public QMainWindow {
 public:
   TestWindow() {
     auto* center = Named<QWidget>("Panes");
-    auto* rows = new QVBoxLayout(center);
+    auto* columns = new QHBoxLayout(center);
+    auto* rows = new QVBoxLayout;
+    auto* second = new QVBoxLayout;
+    columns->addLayout(rows, 2);
+    columns->addLayout(second, 1);
+    for (QWidget* widget : {static_cast<QWidget*>(link), static_cast<QWidget*>(tree), static_cast<QWidget*>(photo),
+                            static_cast<QWidget*>(wave), static_cast<QWidget*>(slider)})
+      second->addWidget(widget);
     for (QWidget* widget : {static_cast<QWidget*>(title), static_cast<QWidget*>(go), static_cast<QWidget*>(line),
                             static_cast<QWidget*>(page), static_cast<QWidget*>(list)})
       rows->addWidget(widget);
@@ -75,6 +100,11 @@ public:
   QLineEdit* line = Named<QLineEdit>("txtLine");
   QPlainTextEdit* page = Named<QPlainTextEdit>("txtPage");
   QTreeView* list = Named<QTreeView>("lvwRows");
+  LinkLabel* link = Named<LinkLabel>("lblLink");
+  QTreeWidget* tree = Named<QTreeWidget>("twvNodes");
+  QLabel* photo = Named<QLabel>("picPhoto");
+  WaveView* wave = Named<WaveView>("Wave");
+  SliderWidget* slider = Named<SliderWidget>("sldPlace");
   QMenuBar* menu_bar = Named<QMenuBar>("Bars");
   QStatusBar* status = Named<QStatusBar>("sbStatus");
 };

@@ -1,0 +1,190 @@
+#include "qt/qt_dialogs.h"
+
+#include <gmock/gmock.h>
+
+#include <QClipboard>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QTest>
+#include <QTimer>
+
+#include "core/file_drop.h"
+#include "qt/binder.h"
+#include "qt/form_binding.h"
+#include "qt/qt_windows.h"
+#include "test_form.h"
+
+namespace kelmio {
+namespace {
+
+using testing::ElementsAre;
+
+/// Runs a step once the window of that kind is open.
+template <class Window, class Step> void WhenOpen(Step step) {
+  auto* poll = new QTimer(qApp);
+  QObject::connect(poll, &QTimer::timeout, poll, [poll, step] {
+    if (auto* window = qobject_cast<Window*>(QApplication::activeModalWidget())) {
+      poll->deleteLater();
+      poll->stop();
+      step(*window);
+    }
+  });
+  poll->start(5);
+}
+
+TEST(QtMessageBoxesTest, AsksWithItsTextsAndTheButtonThatEnterPresses) {
+  QtMessageBoxes boxes;
+  WhenOpen<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.windowTitle(), "Delete Messages Folder");
+    EXPECT_EQ(box.text(), "<b>Sure?</b>");
+    EXPECT_EQ(box.textFormat(), Qt::PlainText);
+    EXPECT_EQ(box.icon(), QMessageBox::Warning);
+    EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::No));
+    box.button(QMessageBox::Yes)->click();
+  });
+  EXPECT_EQ(boxes.Show("<b>Sure?</b>", "Delete Messages Folder", BoxButtons::YesNoCancel, BoxIcon::Warning, 2),
+            BoxAnswer::Yes);
+}
+
+TEST(QtMessageBoxesTest, EscIsTheAnswerThatChangesNothing) {
+  QtMessageBoxes boxes;
+  const auto escape = [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); };
+  WhenOpen<QMessageBox>(escape);
+  EXPECT_EQ(boxes.Show("?", "", BoxButtons::YesNoCancel, BoxIcon::None, 1), BoxAnswer::Cancel);
+  WhenOpen<QMessageBox>(escape);
+  EXPECT_EQ(boxes.Show("?", "", BoxButtons::YesNo, BoxIcon::None, 1), BoxAnswer::No);
+  WhenOpen<QMessageBox>(escape);
+  EXPECT_EQ(boxes.Show("?", "", BoxButtons::Ok, BoxIcon::None, 1), BoxAnswer::Ok);
+}
+
+TEST(QtFolderPickerTest, GivesNothingWhenTheUserGivesUp) {
+  QtFolderPicker picker;
+  WhenOpen<QFileDialog>([](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Select folder");
+    EXPECT_EQ(dialog.fileMode(), QFileDialog::Directory);
+    dialog.reject();
+  });
+  EXPECT_EQ(picker.BrowseForFolder("Select folder"), "");
+}
+
+TEST(FileDropBlockTest, HoldsTheHeaderAndThePathsEachWithItsZero) {
+  const std::string block = FileDropBlock({"/a/b.wav", "/c.wav"});
+  EXPECT_EQ(block, std::string("\x14\0\0\0", 4) + std::string(16, '\0') + std::string("/a/b.wav\0/c.wav\0\0", 17));
+}
+
+TEST(QtFileClipboardTest, OffersTheFilesAsFileManagersReadThem) {
+  QtFileClipboard clipboard;
+  const std::vector<std::string> paths = {"/home/a b/1.wav", "/home/2.wav"};
+  ASSERT_TRUE(clipboard.CopyFiles(paths));
+  const QMimeData& data = *QGuiApplication::clipboard()->mimeData();
+  EXPECT_THAT(data.urls(), ElementsAre(QUrl("file:///home/a%20b/1.wav"), QUrl("file:///home/2.wav")));
+  EXPECT_EQ(data.data("x-special/gnome-copied-files"), "copy\nfile:///home/a%20b/1.wav\nfile:///home/2.wav");
+  EXPECT_EQ(data.data("application/x-kde-cutselection"), "0");
+  EXPECT_EQ(data.data(kFileDropMimeType).toStdString(), FileDropBlock(paths));
+  EXPECT_FALSE(clipboard.CopyFiles({}));
+  EXPECT_TRUE(QGuiApplication::clipboard()->mimeData()->hasUrls()) << "left alone";
+}
+
+TEST(LinkAddressTest, OnlyWebAndMailAddressesAreLinks) {
+  const auto address = [](const char* text) {
+    const auto url = LinkAddress(QString::fromUtf8(text));
+    return url ? url->toString().toStdString() : "none";
+  };
+  EXPECT_EQ(address(" www.example.com/a?b=c "), "https://www.example.com/a?b=c");
+  EXPECT_EQ(address("HTTP://example.com"), "http://example.com");
+  EXPECT_EQ(address("example.com:8080/x"), "https://example.com:8080/x");
+  EXPECT_EQ(address("mailto:jane@example.com"), "mailto:jane@example.com");
+  EXPECT_EQ(address("mailto:jane@example.com?attach=/etc/passwd"), "mailto:jane@example.com");
+  for (const char* text : {"", "file:///bin/sh", "/bin/sh", "~/x.desktop", "./run.sh", "\\\\host\\share",
+                           "javascript:alert(1)", "smb://host/x", "ssh:-oProxyCommand=x", "http://",
+                           "https:///etc/passwd", "two words.com", "--version", "mailto:", "mailto:?to=x"})
+    EXPECT_EQ(address(text), "none") << text;
+}
+
+struct NameWindow : Form {
+  Label lblName;
+  TextBox txtName;
+  Button cmdOK;
+  Button cmdCancel;
+  std::vector<std::string> told;
+
+  NameWindow() {
+    cmdOK.Click = [this] {
+      told.emplace_back("ok");
+      Visible = false;
+    };
+  }
+  std::string_view Name() const override { return "frmNewMsgFolder"; }
+  void VisitControls(ControlVisitor& visitor) override {
+    visitor.Visit("lblName", lblName);
+    visitor.Visit("txtName", txtName);
+    visitor.Visit("cmdOK", cmdOK);
+    visitor.Visit("cmdCancel", cmdCancel);
+  }
+  void Load() override { txtName.Text = ""; }
+  void EscapePressed() override {
+    told.emplace_back("esc");
+    Visible = false;
+  }
+  void Unload() override { told.emplace_back("unload"); }
+};
+
+class QtWindowsTest : public testing::Test {
+protected:
+  QtWindowsTest() {
+    owner_form_.Left = 3000;
+    owner_form_.Top = 1500;
+    owner_form_.Width = 6000;
+    owner_form_.Height = 6000;
+    Bind(owner_, owner_form_);
+    owner_form_.Visible = true;
+    Settle();
+  }
+  template <class Step> void Show(Step step) {
+    WhenOpen<QWidget>([step](QWidget& window) { step(window); });
+    windows_.ShowModal(form_, &owner_form_);
+  }
+
+  TestForm owner_form_;
+  TestWindow owner_;
+  NameWindow form_;
+  QtWindows windows_;
+};
+
+TEST_F(QtWindowsTest, ShowsTheFormOverItsOwnerUntilItHides) {
+  Show([this](QWidget& window) {
+    EXPECT_EQ(window.windowModality(), Qt::ApplicationModal);
+    EXPECT_LE((window.geometry().center() - owner_.frameGeometry().center()).manhattanLength(), 4);
+    QTest::keyClicks(window.findChild<QLineEdit*>("txtName"), "Work");
+    QTest::keyClick(window.findChild<QLineEdit*>("txtName"), Qt::Key_Return);
+  });
+  EXPECT_EQ(form_.txtName.Text.Get(), "Work");
+  EXPECT_FALSE(form_.Visible);
+  EXPECT_EQ(WindowOf(form_), nullptr);
+  Show([](QWidget& window) { QTest::keyClick(window.findChild<QLineEdit*>("txtName"), Qt::Key_Escape); });
+  EXPECT_EQ(form_.txtName.Text.Get(), "") << "loaded anew";
+  Show([](QWidget& window) { window.close(); });
+  EXPECT_THAT(form_.told, ElementsAre("ok", "esc", "unload"));
+}
+
+TEST_F(QtWindowsTest, AFormThatIsShownAlreadyIsNotShownTwice) {
+  int rounds = 0;
+  Show([&](QWidget& window) {
+    ++rounds;
+    windows_.ShowModal(form_, nullptr);
+    EXPECT_TRUE(window.isVisible());
+    form_.Visible = false;
+  });
+  EXPECT_EQ(rounds, 1);
+}
+
+TEST_F(QtWindowsTest, AFormThatHidesBeforeItIsSeenReturnsAtOnce) {
+  QMetaObject::invokeMethod(
+      qApp, [this] { form_.Visible = false; }, Qt::QueuedConnection);
+  windows_.ShowModal(form_, &owner_form_);
+  EXPECT_FALSE(form_.Visible);
+}
+
+} // namespace
+} // namespace kelmio
