@@ -29,7 +29,7 @@ void CallHandling::Listen(TAPIExCtl& control) {
   control.OnEndCall = [this](const CallRef&) { OnEndCall(); };
   control.OnDTMF = [this](const CallRef&, int digit, long, long) { house_.monitor.OnDTMF(digit); };
   control.OnTone = [this](const CallRef&, long) { house_.monitor.OnTone(); };
-  control.OnSilence = [this](const CallRef&, long) { house_.recording.OnSilence(); };
+  control.OnSilence = [this](const CallRef& call, long) { house_.recording.OnSilence(call); };
   control.OnVoice = [this](const CallRef&, long, long) { house_.recording.OnVoice(); };
   control.OnBusy = [this](const CallRef&, long) { house_.recording.OnBusy(); };
   control.OnRecordDone = [this](const CallRef& call) { house_.recording.OnRecordDone(call); };

@@ -92,7 +92,8 @@ void MessageRecording::StopRecord() {
   house_.host.RefreshMessageList();
 }
 
-void MessageRecording::OnSilence() {
+void MessageRecording::OnSilence(const CallRef& call) {
+  silent_ = call;
   house_.host.SetPanel(kPanelLine, "Silence...");
   tmrSilence.SetEnabled(true);
 }
@@ -119,7 +120,8 @@ void MessageRecording::OnRecordDone(const CallRef& call) {
 
 void MessageRecording::tmrSilence_Timer() {
   tmrSilence.SetEnabled(false);
-  if (const CallRef call = house_.context.CurrentCall) {
+  // The timer outlives a call that ended in silence: a next caller, who may ring by now, is none of its business.
+  if (const CallRef call = house_.context.CurrentCall; call != nullptr && call == silent_.lock()) {
     if (call->RecordMark == 1)
       StopMarkedRecording(call);
     call->Hangup();

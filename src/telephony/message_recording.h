@@ -41,7 +41,7 @@ public:
   /// Ends a recording if one runs, hangs up and tidies up.
   void StopRecord();
 
-  void OnSilence();
+  void OnSilence(const CallRef& call);
   void OnVoice();
   void OnBusy();
   void OnRecordDone(const CallRef& call);
@@ -59,6 +59,7 @@ private:
 
   House house_;
   std::weak_ptr<TAPICall> recorded_;
+  std::weak_ptr<TAPICall> silent_; // the call that `tmrSilence` waits for
 };
 
 } // namespace kelmio

@@ -33,6 +33,21 @@ TEST(MessageRecording, EndsTheCallAfterUnbrokenSilence) {
   EXPECT_EQ(desk.Entry(desk.Messages().front(), "Size"), "16044");
 }
 
+TEST(MessageRecording, LeavesTheNextCallerAloneWhenTheOneBeforeEndedInSilence) {
+  Desk desk;
+  desk.Start();
+  const auto first = desk.AnsweredCall();
+  desk.sounds.Current()->Silence();
+  desk.Wait(5000);
+  first->FarEndHangsUp();
+  desk.Run();
+  const auto second = desk.Incoming();
+  desk.Ring(*second, 1);
+  desk.Wait(5000);
+  EXPECT_EQ(second->NowIn(), ScriptedCall::Phase::Ringing);
+  EXPECT_FALSE(desk.form.tmrSilence.Enabled());
+}
+
 TEST(MessageRecording, LeavesTheCallUpAtTheLengthLimitUntilSilenceEndsIt) {
   Desk desk;
   desk.Start();
