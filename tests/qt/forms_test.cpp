@@ -4,8 +4,12 @@
 #include <QDockWidget>
 #include <QPlainTextEdit>
 #include <QStatusBar>
+#include <QToolBar>
 
+#include "messages/folder_name_window.h"
+#include "messages/frmFolderPicker.h"
 #include "qt/binder.h"
+#include "qt/command_icons.h"
 #include "qt/form_factory.h"
 #include "support/desk.h"
 #include "test_form.h"
@@ -15,14 +19,54 @@ namespace {
 
 using testing::IsEmpty;
 
+void ExpectALayout(Form& form) {
+  SCOPED_TRACE(std::string(form.Name()));
+  const std::unique_ptr<QWidget> layout = MakeLayout(form.Name());
+  ASSERT_NE(layout, nullptr);
+  EXPECT_EQ(layout->objectName().toStdString(), form.Name());
+  EXPECT_THAT(Bind(*layout, form), IsEmpty());
+}
+
 TEST(FormsTest, EveryControlHasItsWidget) {
   test::Desk desk;
-  for (Form* form : {static_cast<Form*>(&desk.form), static_cast<Form*>(&desk.form.Output)}) {
-    const std::unique_ptr<QWidget> layout = MakeLayout(form->Name());
-    ASSERT_NE(layout, nullptr) << form->Name();
-    EXPECT_EQ(layout->objectName().toStdString(), form->Name());
-    EXPECT_THAT(Bind(*layout, *form), IsEmpty()) << form->Name();
-  }
+  ExpectALayout(desk.form);
+  ExpectALayout(desk.form.Folders);
+  ExpectALayout(desk.form.Output);
+  ExpectALayout(desk.form.Preview);
+  std::string target;
+  frmCopy copy(desk.home.Path(), target, {});
+  ExpectALayout(copy);
+  frmMove move(desk.home.Path(), target, {});
+  ExpectALayout(move);
+  const auto take = [](const std::string&) { return true; };
+  frmNewMsgFolder new_folder(take);
+  ExpectALayout(new_folder);
+  frmRenameMsgFolder rename("old", take);
+  ExpectALayout(rename);
+
+  int opened = 0;
+  desk.windows.use = [&](Form& form) {
+    ++opened;
+    EXPECT_EQ(form.Name(), "frmOpen");
+    ExpectALayout(form);
+  };
+  const std::uint64_t key = desk.form.lvwCalls.AddRow({"1"}).key;
+  desk.form.lvwCalls.SetSelection({key}, key);
+  desk.form.lvwCalls.DblClick();
+  EXPECT_EQ(opened, 1);
+}
+
+TEST(FormsTest, AllButtonsOfTheToolBarStandInTheWindow) {
+  test::Desk desk;
+  const std::unique_ptr<QWidget> window = MakeWindow(desk.form, desk.form.Name());
+  desk.Start();
+  desk.form.Visible = true;
+  Settle();
+  auto* bar = window->findChild<QToolBar*>();
+  ASSERT_NE(bar, nullptr);
+  EXPECT_LE(bar->sizeHint().width(), window->width());
+  for (const CommandItem& item : desk.form.CommandBars1.ToolBars().front().items)
+    EXPECT_FALSE(CommandIcon(item.id).isNull()) << item.caption;
 }
 
 TEST(FormsTest, TheMainWindowComesUpWithItsStatusPane) {
