@@ -13,6 +13,7 @@
 #include "core/mIni.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
+#include "fakes/fake_sound_output.h"
 #include "media/wave_device.h"
 #include "messages/message_list.h"
 #include "messages/store/message_store.h"
@@ -69,7 +70,8 @@ struct MessageHouse {
 
   test::TemporaryFolder home;
   FakeLoop clock;
-  WaveDevice device;
+  FakeSoundOutput output;
+  WaveDevice device{clock, output};
   MessageStore store{home.Path(), clock, device};
   Settings settings;
   FakeRegistryStore registry;

@@ -1,27 +1,56 @@
-// The multimedia device, as far as it tells the length of a wave file.
+// The multimedia device on a sound output.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "media/sound_output.h"
+#include "platform/event_loop.h"
 #include "platform/multimedia_device.h"
 
 namespace kelmio {
 
-/// Reads the length when the file is opened. It plays nothing, so "Stop" has nothing to act on.
+/// Opens any wave file that can be read. Opening reads the header and no more, so that a length costs little.
+/// Without a sound device a file plays unheard: its position moves, and `Trouble` tells once for each opening.
+/// A play for which no start was set goes on from the present position. Timers and output outlive the device,
+/// which is the output's only user.
 class WaveDevice : public MultimediaDevice {
 public:
+  WaveDevice(TimerService& timers, SoundOutput& output);
+  WaveDevice(const WaveDevice&) = delete;
+  WaveDevice& operator=(const WaveDevice&) = delete;
+  ~WaveDevice() override;
+
   void SetDeviceType(const std::string& /*type*/) override {}
-  void SetFrom(long /*position*/) override {}
-  void SetUpdateInterval(int /*interval*/) override {}
-  long Position() const override { return 0; }
-  void SetFileName(const std::string& path) override { path_ = path; }
+  void SetFileName(const std::string& path) override { file_name_ = path; }
+  void SetFrom(long position) override { from_ = position; }
+  void SetUpdateInterval(int interval) override;
   void Command(std::string_view word) override;
   long Length() const override { return length_; }
+  long Position() const override;
 
 private:
-  std::string path_;
-  long length_ = 0; // milliseconds; 0 while nothing is open
+  void Open();
+  void Play();
+  void Stop();
+  void Close();
+  void OutputLost();
+  void RunStatusTimer();
+
+  TimerService& timers_;
+  SoundOutput& output_;
+  std::string file_name_; // what the next opening opens
+  std::optional<long> from_;
+  int interval_ms_ = 0;
+  TimerService::Token status_timer_ = TimerService::kNoTimer;
+
+  bool open_ = false;
+  std::string path_; // of the open file
+  long length_ = 0;
+  bool playing_ = false;      // the output runs, also beyond the end of the sound
+  long position_ = 0;         // where the last play started, or where it was stopped
+  bool silence_told_ = false; // that nothing can be heard
 };
 
 } // namespace kelmio

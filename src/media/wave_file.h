@@ -29,14 +29,20 @@ public:
   static std::unique_ptr<WaveReader> Open(const std::string& path, std::string& error);
 
   int Rate() const { return rate_; }
+  /// Samples from here to the end of the file.
+  std::int64_t Left() const { return left_; }
+  /// Passes over samples, at most to the end. A coding without places of its own (GSM 6.10) is decoded on the way,
+  /// some ten minutes of it in a quarter of a second.
+  void Skip(std::int64_t count);
   /// Fills the front of `out`, all channels mixed into one, and gives the count; 0 at the end of the file.
   std::size_t Read(std::span<std::int16_t> out);
 
 private:
-  WaveReader(SndfileHandle file, int rate, int channels);
+  WaveReader(SndfileHandle file, int rate, int channels, std::int64_t count);
 
   SndfileHandle file_;
   int rate_;
+  std::int64_t left_;
   std::size_t channels_;
   std::vector<float> frames_;
 };

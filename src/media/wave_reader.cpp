@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include <sndfile.h>
@@ -55,16 +57,34 @@ std::unique_ptr<WaveReader> WaveReader::Open(const std::string& path, std::strin
     error = "the file holds no sound";
     return nullptr;
   }
-  return std::unique_ptr<WaveReader>(new WaveReader(std::move(file), info.samplerate, info.channels));
+  return std::unique_ptr<WaveReader>(new WaveReader(std::move(file), info.samplerate, info.channels, info.frames));
 }
 
-WaveReader::WaveReader(SndfileHandle file, int rate, int channels)
-    : file_(std::move(file)), rate_(rate), channels_(static_cast<std::size_t>(channels)) {}
+WaveReader::WaveReader(SndfileHandle file, int rate, int channels, std::int64_t count)
+    : file_(std::move(file)), rate_(rate), left_(count), channels_(static_cast<std::size_t>(channels)) {}
+
+void WaveReader::Skip(std::int64_t count) {
+  count = std::clamp<std::int64_t>(count, 0, left_);
+  if (sf_seek(file_.get(), count, SEEK_CUR) >= 0) {
+    left_ -= count;
+    return;
+  }
+  std::array<std::int16_t, 4096> passed;
+  while (count > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(count, passed.size()));
+    const std::size_t got = Read(std::span(passed).first(wanted));
+    if (got == 0)
+      return;
+    count -= static_cast<std::int64_t>(got);
+  }
+}
 
 std::size_t WaveReader::Read(std::span<std::int16_t> out) {
   frames_.resize(out.size() * channels_);
   const sf_count_t got = sf_readf_float(file_.get(), frames_.data(), static_cast<sf_count_t>(out.size()));
   const auto count = static_cast<std::size_t>(std::max<sf_count_t>(got, 0));
+  // A file may hold less than its header says.
+  left_ = count == 0 ? 0 : std::max<std::int64_t>(left_ - got, 0);
   for (std::size_t i = 0; i < count; ++i) {
     float sum = 0;
     for (std::size_t channel = 0; channel < channels_; ++channel)

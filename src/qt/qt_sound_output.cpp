@@ -103,7 +103,7 @@ bool QtSoundOutput::Start(std::unique_ptr<WaveReader> sound) {
           TellLost();
       },
       Qt::QueuedConnection);
-  last_heard_ms_ = 0;
+  watched_ms_ = 0;
   since_progress_.start();
   watch_.start();
   return true;
@@ -115,12 +115,15 @@ void QtSoundOutput::Stop() {
   source_.reset();
   clock_.invalidate();
   clock_start_ms_ = 0;
+  heard_ms_ = 0;
 }
 
 long QtSoundOutput::Heard() const {
   if (clock_.isValid())
     return clock_start_ms_ + static_cast<long>(clock_.elapsed());
-  return sink_ ? static_cast<long>(sink_->processedUSecs() / 1000) : 0;
+  if (sink_)
+    heard_ms_ = std::max(heard_ms_, static_cast<long>(sink_->processedUSecs() / 1000));
+  return heard_ms_;
 }
 
 void QtSoundOutput::RunOnClock() {
@@ -138,7 +141,7 @@ void QtSoundOutput::Watch() {
     return;
   }
   const long heard = Heard();
-  if (std::exchange(last_heard_ms_, heard) != heard)
+  if (std::exchange(watched_ms_, heard) != heard)
     since_progress_.start();
   else if (since_progress_.hasExpired(kLostAfter.count()))
     TellLost();

@@ -37,7 +37,8 @@ private:
   long clock_start_ms_ = 0; // heard when the clock took over
   QElapsedTimer clock_;     // valid from then on
   QTimer watch_;
-  long last_heard_ms_ = 0;
+  mutable long heard_ms_ = 0; // of the device, which forgets it when it is lost
+  long watched_ms_ = 0;
   QElapsedTimer since_progress_;
 };
 

@@ -4,7 +4,6 @@
 #include "media/full_disk.h"
 #include "media/recording_format.h"
 #include "media/sound_desk.h"
-#include "media/wave_device.h"
 
 namespace kelmio {
 namespace {
@@ -153,24 +152,6 @@ TEST_F(WaveFile, AFormatThatContradictsItselfCannotBeRecorded) {
   EXPECT_TRUE(IsRecordable({wave_format_tag::kGsm610, 1, 8000, 1625, 65, 0, 2}));
   EXPECT_TRUE(IsRecordable({wave_format_tag::kGsm610, 1, 44100, 8958, 65, 0, 2}));
   EXPECT_FALSE(IsRecordable({wave_format_tag::kGsm610, 2, 8000, 3250, 130, 0, 2}));
-}
-
-TEST_F(WaveFile, TheDeviceTellsTheLengthOfTheOpenFile) {
-  Create({})->Write(Quiet(1.2345));
-  WaveDevice device;
-  EXPECT_EQ(device.Length(), 0);
-  device.SetFileName(path_);
-  EXPECT_EQ(device.Length(), 0);
-  device.Command("OPEN");
-  EXPECT_EQ(device.Length(), 1234);
-  device.Command("stop");
-  device.Command("Polish");
-  EXPECT_EQ(device.Length(), 1234);
-  device.Command("Close");
-  EXPECT_EQ(device.Length(), 0);
-  std::ofstream(path_) << "RIFF";
-  device.Command("Open");
-  EXPECT_EQ(device.Length(), 0);
 }
 
 } // namespace
