@@ -8,17 +8,6 @@ namespace {
 
 constexpr FolderImages kImages = {.root = 2, .inbox = 3, .deleted = 4, .user_folder = 7};
 
-CommandBar FolderPopup(bool may_change) {
-  CommandBar popup;
-  popup.title = "Popup";
-  popup.items = {{kCommandNewFolder, "&New Folder", false, true, false, {}},
-                 {kCommandRenameFolder, "&Rename", false, true, false, {}},
-                 {kCommandDeleteFolder, "&Delete", true, true, false, {}}};
-  EnablePopupButton(popup, kCommandRenameFolder, may_change);
-  EnablePopupButton(popup, kCommandDeleteFolder, may_change);
-  return popup;
-}
-
 } // namespace
 
 frmFolders::frmFolders(MessageStore& messages, FolderHost& host, TroubleSink trouble)
@@ -73,7 +62,10 @@ void frmFolders::ShowSelectedFolder() {
 
 void frmFolders::ShowPopup(const TreeNode& node) {
   context_key_ = node.key;
-  popup_ = FolderPopup(!IsFixedFolder(node));
+  const bool may_change = !IsFixedFolder(node);
+  popup_ = host_.BuildFolderPopup();
+  EnablePopupButton(popup_, kCommandRenameFolder, may_change);
+  EnablePopupButton(popup_, kCommandDeleteFolder, may_change);
   host_.ShowFolderPopup(popup_);
 }
 

@@ -26,6 +26,8 @@ public:
   virtual void RefreshMessageList() = 0;
   /// Moves the selected messages to the folder of that path.
   virtual void MoveDragedMessages(const std::string& target) = 0;
+  /// The tree's popup from the table of commands, all enabled.
+  virtual CommandBar BuildFolderPopup() const = 0;
   /// Opens the popup at the pointer; `popup` lives as long as the pane.
   virtual void ShowFolderPopup(const CommandBar& popup) = 0;
 };

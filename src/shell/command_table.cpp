@@ -98,6 +98,12 @@ constexpr Line kMessagePopup[] = {
     {0, kEditContact, "Edit Contact...", kSep},
 };
 
+constexpr Line kFolderTreePopup[] = {
+    {0, kNewFolder, "&New Folder"},
+    {0, kRenameFolder, "&Rename"},
+    {0, kDeleteFolder, "&Delete", kSep},
+};
+
 constexpr Line kTrayPopup[] = {
     {0, kShowWindow, "Show Window", kSep},
     {0, kHide, "Hide Window"},
@@ -150,6 +156,10 @@ void BuildMainCommandBars(CommandBars& bars) {
 
 CommandBar BuildMessagePopup() {
   return BarOf("Popup", kMessagePopup);
+}
+
+CommandBar BuildFolderPopup() {
+  return BarOf("Popup", kFolderTreePopup);
 }
 
 CommandBar BuildTrayPopup(int system_status) {

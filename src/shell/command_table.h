@@ -71,8 +71,9 @@ inline constexpr int kPreviewPane = 3;
 /// Fills the menu bar, adds the toolbar "Standard" and binds the keys.
 void BuildMainCommandBars(CommandBars& bars);
 
-/// The message list's menu, made anew each time it opens; all enabled, nothing checked.
+/// The menus of the message list and the folder tree, made anew each time they open; all enabled, nothing checked.
 CommandBar BuildMessagePopup();
+CommandBar BuildFolderPopup();
 /// The tray's menu, with the system's state marked.
 CommandBar BuildTrayPopup(int system_status);
 

@@ -167,6 +167,7 @@ private:
   // FolderHost
   void SetFolderCaption(const std::string& name) override { MsgsTitleCaption.Caption = name; }
   void MoveDragedMessages(const std::string& target) override { operations_.MoveDragedMessages(target); }
+  CommandBar BuildFolderPopup() const override;
   void ShowFolderPopup(const CommandBar& popup) override { CommandBars1.ShowPopup(popup); }
 
   // MessageLinks

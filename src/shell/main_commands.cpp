@@ -127,6 +127,10 @@ bool frmMain::SelectedCallerIsContact() const {
   return row != 0 && row <= records.size() && !contacts_.GetMessageContactID(records[row - 1].Number).empty();
 }
 
+CommandBar frmMain::BuildFolderPopup() const {
+  return kelmio::BuildFolderPopup();
+}
+
 void frmMain::ShowMessagePopup() {
   const auto& rows = lvwCalls.Rows();
   if (std::none_of(rows.begin(), rows.end(), [](const ListRow& row) { return row.selected; }))

@@ -42,6 +42,12 @@ public:
   void SetFolderCaption(const std::string& name) override { folder_caption = name; }
   void RefreshMessageList() override { list.RefreshMessageList(); }
   void MoveDragedMessages(const std::string& target) override { operations.MoveDragedMessages(target); }
+  CommandBar BuildFolderPopup() const override {
+    CommandBar all;
+    for (const int id : {kCommandNewFolder, kCommandRenameFolder, kCommandDeleteFolder})
+      all.items.emplace_back().id = id;
+    return all;
+  }
   void ShowFolderPopup(const CommandBar& shown) override { popup = shown; }
 
   TemporaryFolder home;

@@ -100,6 +100,7 @@ TEST(CommandTable, StandsOnItsSurfacesInOrder) {
 -510 Add to contacts...
 -511 Edit Contact...
 )");
+  EXPECT_EQ(Drawn(BuildFolderPopup().items), "150 &New Folder\n151 &Rename\n-152 &Delete\n");
   EXPECT_EQ(Drawn(BuildTrayPopup(1).items), R"(-107 Show Window
 108 Hide Window
 -503 Contacts
