@@ -49,8 +49,8 @@ protected:
 class ListBinding : public ControlBinding {
 public:
   ListBinding(QTreeView& widget, ListView& model)
-      : ControlBinding(model, widget), widget_(widget), model_(model), rows_(new ListRows(&widget)),
-        click_([this] { TellClick(); }) {
+      : ControlBinding(model, widget), widget_(widget), viewport_(widget.viewport()), model_(model),
+        rows_(new ListRows(&widget)), click_([this] { TellClick(); }) {
     widget.setModel(rows_);
     widget.setItemDelegate(new RowDelegate(&widget));
     widget.setRootIsDecorated(false);
@@ -108,7 +108,7 @@ protected:
       Later([this] { model_.DeleteKey(); });
       return true;
     }
-    if (watched == widget_.viewport())
+    if (watched == viewport_)
       switch (event->type()) {
       case QEvent::MouseButtonPress:
         click_told_ = false;
@@ -202,6 +202,7 @@ private:
   }
 
   QTreeView& widget_;
+  QObject* viewport_; // the widget can't be asked any more while it ends
   ListView& model_;
   ListRows* rows_;
   Refresh click_;

@@ -63,12 +63,6 @@ public:
     };
   }
 
-  ~SliderBinding() override {
-    widget_.on_layout = [] {};
-    widget_.on_press = widget_.on_move = widget_.on_release = [](const QMouseEvent&) {};
-    widget_.on_step = [](int) {};
-  }
-
 protected:
   void Show() override {
     const bool flat = model_.Orientation == ucSlider::Orientations::Horizontal;

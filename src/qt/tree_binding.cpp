@@ -29,7 +29,8 @@ bool SameNode(const TreeNode& one, const TreeNode& other) {
 class TreeBinding : public ControlBinding {
 public:
   TreeBinding(QTreeWidget& widget, TreeView& model)
-      : ControlBinding(model, widget), widget_(widget), model_(model), click_([this] { TellClick(); }) {
+      : ControlBinding(model, widget), widget_(widget), viewport_(widget.viewport()), model_(model),
+        click_([this] { TellClick(); }) {
     widget.setHeaderHidden(true);
     widget.setColumnCount(1);
     widget.setUniformRowHeights(true);
@@ -68,7 +69,7 @@ protected:
       if ((key == Qt::Key_Return || key == Qt::Key_Enter) && widget_.currentItem() != nullptr)
         Tell(TreeView::MouseButton::Left, KeyOf(widget_.currentItem()));
     }
-    if (watched == widget_.viewport())
+    if (watched == viewport_)
       switch (event->type()) {
       case QEvent::MouseButtonRelease:
         TellMouse(*static_cast<QMouseEvent*>(event));
@@ -216,6 +217,7 @@ private:
   }
 
   QTreeWidget& widget_;
+  QObject* viewport_; // the widget can't be asked any more while it ends
   TreeView& model_;
   Refresh click_;
   QTimer open_;
