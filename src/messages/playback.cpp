@@ -21,8 +21,12 @@ MessagePlayback::MessagePlayback(House house) : house_(std::move(house)) {
   sldSlider.Click = [this] { Seek(); };
   sldSlider.ThumbGrabbed = [this](int) { Seek(); };
   sldSlider.ThumbReleased = [this](int) { Seek(); };
-  // A place beyond the slider's end, as of a file that grows, is refused by it and passed over.
-  house_.mmc.StatusUpdate = [this] { sldSlider.SetValue(house_.mmc.Position()); };
+  house_.mmc.StatusUpdate = [this] {
+    // During a drag the value is the user's: the end of the drag seeks to it. A place beyond the slider's end, as of
+    // a file that grows, is refused by it and passed over.
+    if (!sldSlider.Dragging())
+      sldSlider.SetValue(house_.mmc.Position());
+  };
 }
 
 void MessagePlayback::PlaySelectedMessage() {

@@ -14,7 +14,9 @@ namespace kelmio {
 
 /// Through the default device of the moment. The device is opened by a start and given back soon after the end of
 /// the sound. A sound that can't be given to the device runs on a clock instead, and so does the end of each sound,
-/// which the device holds already. User interface thread only, with its event loop running.
+/// which the device holds already. The toolkit looks for the sound server at the first start and no more when there
+/// is none: one that comes later is heard by the next run of the program. User interface thread only, with its event
+/// loop running.
 class QtSoundOutput : public SoundOutput {
 public:
   QtSoundOutput();
