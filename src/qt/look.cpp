@@ -67,6 +67,7 @@ Scheme DesktopScheme(const QApplication& /*application*/) {
 }
 
 void ApplyLook(QApplication& application, const Tones& tones) {
+  application.setStyleSheet(QString()); // widgets that the old sheet coloured would keep some of its palette
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setPalette(MakePalette(tones));
   application.setStyleSheet(ReadSheet(QStringLiteral(":/look.qss")) + ThemeSheet(tones));
@@ -77,6 +78,7 @@ void ApplyLook(QApplication& application, Scheme scheme) {
 }
 
 void ApplyDesktopLook(QApplication& application, const QString& style) {
+  application.setStyleSheet(QString());
   QApplication::setStyle(QStyleFactory::create(style));
   QApplication::setPalette(QPalette());
   application.setStyleSheet(ReadSheet(QStringLiteral(":/look.qss")));
