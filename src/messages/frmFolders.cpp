@@ -14,6 +14,8 @@ frmFolders::frmFolders(MessageStore& messages, FolderHost& host, TroubleSink tro
     : messages_(messages), host_(host), trouble_(std::move(trouble)) {
   Caption = "Folders";
   twvFolders.MouseUp = [this](TreeView::MouseButton button, const TreeNode* node) { twvFolders_MouseUp(button, node); };
+  // Who walks the tree by keys sees each folder too, so that the list never shows another than the selected one.
+  twvFolders.NodeClick = [this] { ShowSelectedFolder(); };
   twvFolders.DragOver = [this](const TreeNode* node) {
     if (node != nullptr)
       twvFolders.DropHighlight = node->key;

@@ -71,6 +71,11 @@ protected:
     }
     if (watched == viewport_)
       switch (event->type()) {
+      case QEvent::MouseButtonPress:
+        // A right click asks about a node; the selected one, whose messages are on show, stays.
+        if (static_cast<QMouseEvent*>(event)->button() == Qt::RightButton)
+          return true;
+        break;
       case QEvent::MouseButtonRelease:
         TellMouse(*static_cast<QMouseEvent*>(event));
         break;
