@@ -37,7 +37,7 @@ public:
     widget.setSelectionMode(QAbstractItemView::SingleSelection);
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setAcceptDrops(true);
-    connect(&widget, &QTreeWidget::currentItemChanged, this, [this] { TakeSelection(); });
+    connect(&widget, &QTreeWidget::itemSelectionChanged, this, [this] { TakeSelection(); });
     connect(&widget, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) { TakeExpanded(*item, true); });
     connect(&widget, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) { TakeExpanded(*item, false); });
     widget.viewport()->installEventFilter(this);
@@ -153,7 +153,9 @@ private:
   }
 
   void TakeSelection() {
-    const std::string key = KeyOf(widget_.currentItem());
+    // The view makes some node the current one when it gets the focus; that alone selects nothing.
+    const QList<QTreeWidgetItem*> selected = widget_.selectedItems();
+    const std::string key = selected.isEmpty() ? std::string() : KeyOf(selected.front());
     if (!key.empty() && Write([&] { model_.Select(key); }))
       click_.Request();
   }

@@ -88,6 +88,18 @@ TEST_F(TreeBindingTest, TellsTheButtonAndTheNodeWithTheSelectionSettled) {
                                  "right /m/Work/, selected /m/Inbox", "left nothing, selected /m/Inbox"));
 }
 
+TEST_F(TreeBindingTest, ANodeThatOnlyBecomesTheCurrentOneIsNotSelected) {
+  int clicks = 0;
+  tree_.NodeClick = [&] { ++clicks; };
+  Fill();
+  Settle();
+  // As the view does by itself when it gets the focus.
+  window_.tree->selectionModel()->setCurrentIndex(window_.tree->model()->index(0, 0), QItemSelectionModel::NoUpdate);
+  Settle();
+  EXPECT_EQ(clicks, 0);
+  EXPECT_EQ(Selected(), "none");
+}
+
 TEST_F(TreeBindingTest, TheArrowOfANodeOnlyOpensIt) {
   Click({window_.tree->visualItemRect(Item("Work")).left() - 8, Place("Work").y()});
   EXPECT_TRUE(Item("Work")->isExpanded());
