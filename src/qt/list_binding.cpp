@@ -134,6 +134,7 @@ private:
   void SizeColumns() {
     const int count = std::min(rows_->columnCount(), static_cast<int>(model_.Columns().size()));
     std::vector<ColumnWish> wishes;
+    wishes.reserve(static_cast<std::size_t>(count));
     for (int column = 0; column < count; ++column)
       wishes.push_back(WishOf(column));
     const std::vector<int> widths = ColumnWidths(wishes, widget_.viewport()->width());
