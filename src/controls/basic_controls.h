@@ -1,4 +1,4 @@
-// The simple control models: label, button, text box, status bar.
+// The simple control models: label, button, check box, choice, text box, progress and status bar.
 #pragma once
 
 #include <cstddef>
@@ -33,6 +33,34 @@ public:
   std::function<void()> Click = [] {};
 };
 
+/// A box that is ticked or not. A view sets `Value` and then calls `Click`; the form's own changes don't.
+class CheckBox : public Control {
+public:
+  Property<std::string> Caption{*this};
+  Property<bool> Value{*this};
+  Property<bool> Enabled{*this, true};
+  std::function<void()> Click = [] {};
+};
+
+/// A list of which one item is chosen. A view sets `ListIndex` and then calls `Click`.
+class ComboBox : public Control {
+public:
+  static constexpr int kNone = -1;
+
+  Property<std::vector<std::string>> Items{*this};
+  Property<int> ListIndex{*this, kNone}; // from 0
+  Property<bool> Enabled{*this, true};
+  std::function<void()> Click = [] {};
+};
+
+/// How far a long work has come.
+class ProgressBar : public Control {
+public:
+  Property<int> Min{*this};
+  Property<int> Max{*this, 100};
+  Property<int> Value{*this};
+};
+
 /// A text box with a selection, in bytes of `Text` (which is not necessarily valid UTF-8).
 class TextBox : public Control {
 public:
@@ -43,6 +71,8 @@ public:
   Property<std::size_t> SelStart{*this};
   Property<std::size_t> SelLength{*this};
   std::function<void()> Change = [] {};
+  /// The Enter key was pressed in a box of one line. While it is assigned, the key presses no default button.
+  std::function<void()> EnterPressed;
 
   /// Puts `text` in the place of the selection and leaves the cursor behind it.
   void ReplaceSelection(const std::string& text);

@@ -19,6 +19,14 @@ public:
   /// Names the view to tell; an empty function detaches it.
   void SetView(std::function<void()> changed) { view_ = std::move(changed); }
 
+  /// Moves the keyboard to the control's view; nothing happens without one.
+  void SetFocus() const {
+    if (focus_)
+      focus_();
+  }
+  /// Names who moves the keyboard: the view, or a test.
+  void SetFocusTaker(std::function<void()> focus) { focus_ = std::move(focus); }
+
   /// Tells the view that some state changed. Properties call it by themselves.
   void Changed() const {
     if (view_)
@@ -27,6 +35,7 @@ public:
 
 private:
   std::function<void()> view_;
+  std::function<void()> focus_;
 };
 
 /// One piece of a control's state. Assigning a different value tells the control's view.

@@ -15,6 +15,7 @@ class DockingPanes;
 class ListView;
 class PictureBox;
 class SpectrumView;
+class TabControl;
 class TreeView;
 class ucSlider;
 
@@ -24,11 +25,15 @@ public:
   virtual ~ControlVisitor() = default;
   virtual void Visit(std::string_view name, Label& control) = 0;
   virtual void Visit(std::string_view name, Button& control) = 0;
+  virtual void Visit(std::string_view name, CheckBox& control) = 0;
+  virtual void Visit(std::string_view name, ComboBox& control) = 0;
+  virtual void Visit(std::string_view name, ProgressBar& control) = 0;
   virtual void Visit(std::string_view name, TextBox& control) = 0;
   virtual void Visit(std::string_view name, ListView& control) = 0;
   virtual void Visit(std::string_view name, StatusBar& control) = 0;
   virtual void Visit(std::string_view name, CommandBars& control) = 0;
   virtual void Visit(std::string_view name, DockingPanes& control) = 0;
+  virtual void Visit(std::string_view name, TabControl& control) = 0;
   virtual void Visit(std::string_view name, TreeView& control) = 0;
   virtual void Visit(std::string_view name, PictureBox& control) = 0;
   virtual void Visit(std::string_view name, SpectrumView& control) = 0;
@@ -49,6 +54,8 @@ public:
   Property<bool> Visible{*this, false};
   Property<WindowState> State{*this, WindowState::Normal};
   Property<Color> BackColor{*this, 0xFFFFFF};
+  /// A longer work is under way: the pointer over the window is an hourglass.
+  Property<bool> Busy{*this, false};
 
   /// The form's fixed name, which is also the name of its layout. Empty for a form that no view has to find.
   virtual std::string_view Name() const { return {}; }
@@ -58,6 +65,8 @@ public:
 
   /// The window is about to be shown modally: fill the controls. It is made anew for each showing.
   virtual void Load() {}
+  /// False for a window that sets `Left` and `Top` in `Load`, instead of standing in the middle of its owner.
+  virtual bool Centered() const { return true; }
   /// The Esc key was pressed in the window.
   virtual void EscapePressed() {}
   /// The user asks to close the window by its close box. True cancels the closing.

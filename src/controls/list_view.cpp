@@ -1,11 +1,21 @@
 #include "controls/list_view.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace kelmio {
 
 void ListView::AddColumn(ListColumn column) {
+  ++shape_;
   columns_.push_back(std::move(column));
+  Changed();
+}
+
+void ListView::SetColumnIcon(std::size_t column, const std::string& icon) {
+  if (column < 1 || column > columns_.size() || columns_[column - 1].icon == icon)
+    return;
+  ++shape_;
+  columns_[column - 1].icon = icon;
   Changed();
 }
 
@@ -20,11 +30,13 @@ ListRow& ListView::AddRow(std::vector<std::string> cells) {
 void ListView::RemoveRow(std::size_t row) {
   if (row < 1 || row > rows_.size())
     return;
+  ++shape_;
   rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(row - 1));
   Changed();
 }
 
 void ListView::Clear() {
+  ++shape_;
   rows_.clear();
   current_ = 0;
   Changed();
@@ -36,8 +48,10 @@ std::size_t ListView::SelectedRow() const {
 }
 
 void ListView::SetSelection(const std::vector<std::uint64_t>& keys, std::uint64_t current) {
+  ++shape_;
+  const std::unordered_set<std::uint64_t> selected(keys.begin(), keys.end());
   for (ListRow& row : rows_)
-    row.selected = std::find(keys.begin(), keys.end(), row.key) != keys.end();
+    row.selected = selected.contains(row.key);
   current_ = current;
   Changed();
 }

@@ -18,7 +18,12 @@ struct ListColumn {
   std::string heading;
   int width_twips = 0;
   Alignment alignment = Alignment::Left;
+  std::string icon{}; // key of the picture beside the heading; empty for none
 };
+
+/// Pictures beside a heading that tell the order of the rows.
+inline constexpr const char* kIconAscending = "UP";
+inline constexpr const char* kIconDescending = "DN";
 
 /// One row. `key` names the row for as long as the list lives: a view that shows an older state maps a
 /// click by key, never by position.
@@ -41,15 +46,24 @@ public:
 
   void AddColumn(ListColumn column);
   const std::vector<ListColumn>& Columns() const { return columns_; }
+  /// Nothing happens for a column that isn't there.
+  void SetColumnIcon(std::size_t column, const std::string& icon);
 
   /// Adds a row at the end; the reference holds until the next change of the rows.
   ListRow& AddRow(std::vector<std::string> cells);
   void RemoveRow(std::size_t row);
   void Clear();
   std::size_t RowCount() const { return rows_.size(); }
-  ListRow& Row(std::size_t row) { return rows_.at(row - 1); }
+  ListRow& Row(std::size_t row) {
+    ++shape_;
+    return rows_.at(row - 1);
+  }
   const ListRow& Row(std::size_t row) const { return rows_.at(row - 1); }
   const std::deque<ListRow>& Rows() const { return rows_; }
+
+  /// Another number after every change but a row added at the end, so that a view of a long list that grows takes only
+  /// what is new.
+  std::uint64_t Shape() const { return shape_; }
 
   /// The row that has the focus and is selected; 0 when there is none.
   std::size_t SelectedRow() const;
@@ -69,6 +83,7 @@ private:
   std::deque<ListRow> rows_;
   std::uint64_t next_key_ = 1;
   std::uint64_t current_ = 0;
+  std::uint64_t shape_ = 0;
 };
 
 } // namespace kelmio

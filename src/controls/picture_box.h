@@ -5,6 +5,7 @@
 
 #include "controls/basic_controls.h"
 #include "controls/control.h"
+#include "platform/image.h"
 
 namespace kelmio {
 
@@ -14,6 +15,8 @@ public:
   /// Path of an image file; empty for none. A file that can't be read shows nothing. Assigning the same path
   /// again after `Reload` shows what the file holds then.
   Property<std::string> Picture{*this};
+  /// A picture drawn into the box; it stands before `Picture` while it isn't empty.
+  Property<Image> Drawing{*this};
   Property<Color> BackColor{*this, 0xFFFFFF};
 
   /// The file of `Picture` has another content now.

@@ -20,7 +20,13 @@ struct AppState {
   int ThemeStyle = 0;   // 0 to 3: which of the classic colour schemes the desktop has
   bool AppLoaded = false;
   bool StopPlaybackFlag = false; // ends every loop that waits for sound to finish
-  std::string DialNumber;        // presets the dialer
+  std::string DialNumber;        // presets the dialer; never cleared
+
+  // What the openers of the contact editor hand over to it.
+  std::string CurrentContactID;         // the contact to edit; empty for a new one
+  std::string NewContactName;           // presets a new contact
+  std::string NewContactPhone;          // presets a new contact
+  bool ContactOpenedExternally = false; // from elsewhere than the contact list, which then isn't refreshed
 };
 
 /// Fills in the paths that follow from `app_path`, which has its closing separator.

@@ -3,15 +3,20 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "controls/form.h"
+#include "platform/address_book.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/image.h"
 #include "platform/multimedia_device.h"
 #include "platform/registry_store.h"
+#include "platform/wave_image_player.h"
 
 namespace kelmio {
 
@@ -30,7 +35,9 @@ class FakeClipboard : public Clipboard {
 public:
   void Clear() override { text.clear(); }
   void SetText(const std::string& new_text) override { text = new_text; }
+  std::optional<std::string> Text() const override { return holds_text ? std::optional(text) : std::nullopt; }
   std::string text;
+  bool holds_text = true;
 };
 
 class FakeTray : public Tray {
@@ -107,6 +114,20 @@ public:
   std::string choice;
 };
 
+class FakeFilePicker : public FilePicker {
+public:
+  struct Asked {
+    std::string title;
+    std::string filter;
+  };
+  std::string OpenFile(const std::string& title, const std::string& filter) override {
+    asked.push_back({title, filter});
+    return choice;
+  }
+  std::vector<Asked> asked;
+  std::string choice;
+};
+
 class FakeFileClipboard : public FileClipboard {
 public:
   bool CopyFiles(const std::vector<std::string>& new_paths) override {
@@ -129,6 +150,61 @@ public:
   void SetSystemTheme(int theme) override { system_themes.push_back(theme); }
   int visual_theme = -1;
   std::vector<int> system_themes;
+};
+
+/// Every file in `pictures` loads as a picture of one colour; saved bitmaps are kept by their paths.
+class FakeImageCodec : public ImageCodec {
+public:
+  std::optional<Image> LoadStretched(const std::string& path, int width, int height) override {
+    const auto found = pictures.find(path);
+    if (found == pictures.end())
+      return std::nullopt;
+    return Image{width, height,
+                 std::vector<std::uint8_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3,
+                                           found->second)};
+  }
+  bool SaveBitmap(const Image& image, const std::string& path) override {
+    saved[path] = image;
+    return true;
+  }
+  std::map<std::string, std::uint8_t> pictures;
+  std::map<std::string, Image> saved;
+};
+
+class FakeWaveImagePlayer : public WaveImagePlayer {
+public:
+  bool Play(std::span<const std::byte> image) override {
+    played.emplace_back(image.begin(), image.end());
+    return true;
+  }
+  void Stop() override { ++stops; }
+  std::vector<std::vector<std::byte>> played;
+  int stops = 0;
+};
+
+/// An address book in memory.
+class FakeAddressBook : public AddressBook {
+public:
+  explicit FakeAddressBook(std::vector<AddressItem> items) : items_(std::move(items)) {}
+  std::size_t Count() const override { return items_.size(); }
+  AddressItem Item(std::size_t index) override { return items_.at(index); }
+
+private:
+  std::vector<AddressItem> items_;
+};
+
+class FakeAddressBooks : public AddressBooks {
+public:
+  bool DesktopAnswers() override { return desktop.has_value(); }
+  std::unique_ptr<AddressBook> OpenDesktop() override {
+    return desktop ? std::make_unique<FakeAddressBook>(*desktop) : nullptr;
+  }
+  std::unique_ptr<AddressBook> OpenFile(const std::string& path) override {
+    const auto found = files.find(path);
+    return found != files.end() ? std::make_unique<FakeAddressBook>(found->second) : nullptr;
+  }
+  std::optional<std::vector<AddressItem>> desktop;
+  std::map<std::string, std::vector<AddressItem>> files; // by path
 };
 
 /// A modal window is used by a script while it is open.

@@ -37,6 +37,8 @@ public:
   virtual ~Clipboard() = default;
   virtual void Clear() = 0;
   virtual void SetText(const std::string& text) = 0;
+  /// Nothing when the clipboard holds no text.
+  virtual std::optional<std::string> Text() const = 0;
 };
 
 /// The notification area. User interface thread only.

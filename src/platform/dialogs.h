@@ -30,6 +30,15 @@ public:
   virtual std::string BrowseForFolder(const std::string& title) = 0;
 };
 
+/// User interface thread only. Pending events run while it is open.
+class FilePicker {
+public:
+  virtual ~FilePicker() = default;
+  /// Full path of an existing file, or empty text when the user gives up. `filter` is pairs of a description and
+  /// patterns joined by ";", all joined by "|"; what has no counterpart at its end is left out.
+  virtual std::string OpenFile(const std::string& title, const std::string& filter) = 0;
+};
+
 /// Files on the clipboard, as file managers paste them. User interface thread only.
 class FileClipboard {
 public:
