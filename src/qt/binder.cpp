@@ -22,11 +22,15 @@ public:
 
   void Visit(std::string_view name, Label& control) override { BindByName(name, control); }
   void Visit(std::string_view name, Button& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, CheckBox& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, ComboBox& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, ProgressBar& control) override { BindByName(name, control); }
   void Visit(std::string_view name, TextBox& control) override { BindByName(name, control); }
   void Visit(std::string_view name, ListView& control) override { BindByName(name, control); }
   void Visit(std::string_view name, StatusBar& control) override { BindByName(name, control); }
   void Visit(std::string_view name, CommandBars& control) override { BindByName(name, control); }
   void Visit(std::string_view name, DockingPanes& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, TabControl& control) override { BindByName(name, control); }
   void Visit(std::string_view name, TreeView& control) override { BindByName(name, control); }
   void Visit(std::string_view name, PictureBox& control) override { BindByName(name, control); }
   void Visit(std::string_view name, SpectrumView& control) override { BindByName(name, control); }

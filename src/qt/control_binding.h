@@ -23,8 +23,12 @@ public:
       if (!writing_)
         refresh_.Request();
     });
+    model_.SetFocusTaker([&widget] { widget.setFocus(Qt::OtherFocusReason); });
   }
-  ~ControlBinding() override { model_.SetView({}); }
+  ~ControlBinding() override {
+    model_.SetView({});
+    model_.SetFocusTaker({});
+  }
 
   /// Brings the widget up to date at once.
   void ShowNow() {

@@ -84,6 +84,10 @@ FormBinding::FormBinding(QWidget& window, Form& form) : ControlBinding(form, win
 
 void FormBinding::Show() {
   SetBackColor(window_, form_.BackColor);
+  if (form_.Busy)
+    window_.setCursor(Qt::WaitCursor);
+  else
+    window_.unsetCursor();
   if (!window_.isWindow()) {
     window_.setBackgroundRole(QPalette::Base);
     window_.setForegroundRole(QPalette::Text);

@@ -88,6 +88,13 @@ public:
 protected:
   void Show() override {
     SetBackColor(widget_, model_.BackColor);
+    // A list that grows row by row, tens of thousands of them, is on the screen meanwhile.
+    if (const auto shown = static_cast<std::size_t>(rows_->rowCount());
+        shown != 0 && model_.Shape() == shape_ && model_.RowCount() > shown) {
+      rows_->TakeNewRows(model_);
+      return;
+    }
+    shape_ = model_.Shape();
     const int place = widget_.verticalScrollBar()->value();
     const int columns_before = rows_->columnCount();
     sizing_ = true; // new columns have a size before they have their size
@@ -95,6 +102,7 @@ protected:
     sizing_ = false;
     if (rows_->columnCount() != columns_before || (!same && !user_sizes_))
       SizeColumns();
+    ShowSortIcon();
     ShowSelection();
     if (!same) {
       widget_.doItemsLayout();
@@ -161,6 +169,13 @@ private:
     return {static_cast<int>(ToPixels(drawn.width_twips) * font_scale), std::max(most, heading) + kCellAir};
   }
 
+  void ShowSortIcon() {
+    const auto [column, order] = rows_->SortIcon();
+    widget_.header()->setSortIndicatorShown(column >= 0);
+    if (column >= 0)
+      widget_.header()->setSortIndicator(column, order);
+  }
+
   void ShowSelection() {
     QItemSelectionModel& selection = *widget_.selectionModel();
     QItemSelection wanted;
@@ -208,6 +223,7 @@ private:
   ListRows* rows_;
   Refresh click_;
   bool click_told_ = false;
+  std::uint64_t shape_ = 0; // of the list as it was last taken in full
   bool sizing_ = false;
   bool user_sizes_ = false;
 };

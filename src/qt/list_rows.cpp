@@ -47,6 +47,12 @@ bool ListRows::Take(const ListView& list) {
   return same;
 }
 
+void ListRows::TakeNewRows(const ListView& list) {
+  beginInsertRows({}, rowCount(), static_cast<int>(list.RowCount()) - 1);
+  rows_.insert(rows_.end(), list.Rows().begin() + static_cast<std::ptrdiff_t>(rows_.size()), list.Rows().end());
+  endInsertRows();
+}
+
 std::uint64_t ListRows::KeyOf(const QModelIndex& index) const {
   return checkIndex(index, CheckIndexOption::IndexIsValid) ? rows_[static_cast<std::size_t>(index.row())].key : 0;
 }
@@ -97,6 +103,14 @@ QVariant ListRows::headerData(int section, Qt::Orientation orientation, int role
   if (role == Qt::TextAlignmentRole)
     return QVariant::fromValue(ToAlignment(columns_[column].alignment));
   return {};
+}
+
+std::pair<int, Qt::SortOrder> ListRows::SortIcon() const {
+  for (std::size_t column = 0; column < columns_.size(); ++column)
+    if (!columns_[column].icon.empty())
+      return {static_cast<int>(column),
+              columns_[column].icon == kIconAscending ? Qt::AscendingOrder : Qt::DescendingOrder};
+  return {-1, Qt::AscendingOrder};
 }
 
 QPalette ListRows::Palette() const {

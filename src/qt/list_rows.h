@@ -5,6 +5,7 @@
 #include <QPalette>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "controls/list_view.h"
@@ -20,12 +21,17 @@ public:
   /// Takes over the list's present state. The same rows in the same order keep the widget's selection and place;
   /// otherwise the model is reset, and false comes back.
   bool Take(const ListView& list);
+  /// Takes only the rows at the end that are new; the others must be as they were taken.
+  void TakeNewRows(const ListView& list);
 
   /// 0 for a row that isn't there.
   std::uint64_t KeyOf(const QModelIndex& index) const;
   /// An invalid index for a key that is gone.
   QModelIndex IndexOf(std::uint64_t key) const;
   const std::vector<ListRow>& Rows() const { return rows_; }
+
+  /// The column that bears a sort icon, -1 for none.
+  std::pair<int, Qt::SortOrder> SortIcon() const;
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;

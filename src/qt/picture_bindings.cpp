@@ -1,38 +1,16 @@
 // Pictures, and the view of a recording's signal.
-#include <QFileInfo>
-#include <QImageReader>
 #include <QLabel>
 
 #include "controls/picture_box.h"
 #include "controls/spectrum_view.h"
 #include "qt/bindings.h"
 #include "qt/colors.h"
+#include "qt/picture_file.h"
 #include "qt/wave_view.h"
 
 namespace kelmio {
 
 namespace {
-
-/// Photos come from files of the user's choice. One that is larger than this is no photo; one with more pixels than
-/// a box needs is made smaller while it is read.
-constexpr qint64 kMostFileBytes = 64LL * 1024 * 1024;
-constexpr int kMostMegabytes = 256; // of one image in memory
-constexpr int kMostPixelsAcross = 1024;
-
-QPixmap ReadPicture(const std::string& path) {
-  const QString name = QFile::decodeName(path.c_str());
-  const QFileInfo file(name);
-  if (!file.isFile() || file.size() > kMostFileBytes) // a pipe would never end
-    return {};
-  QImageReader::setAllocationLimit(kMostMegabytes);
-  QImageReader reader(name);
-  reader.setDecideFormatFromContent(true);
-  reader.setAutoTransform(true);
-  const QSize size = reader.size();
-  if (size.width() > kMostPixelsAcross || size.height() > kMostPixelsAcross)
-    reader.setScaledSize(size.scaled(kMostPixelsAcross, kMostPixelsAcross, Qt::KeepAspectRatio).expandedTo({1, 1}));
-  return QPixmap::fromImage(reader.read());
-}
 
 class PictureBinding : public ControlBinding {
 public:
@@ -43,7 +21,10 @@ public:
 protected:
   void Show() override {
     SetBackColor(widget_, model_.BackColor);
-    widget_.setPixmap(model_.Picture.Get().empty() ? QPixmap() : ReadPicture(model_.Picture.Get()));
+    if (!model_.Drawing.Get().Empty())
+      widget_.setPixmap(QPixmap::fromImage(ToQImage(model_.Drawing)));
+    else
+      widget_.setPixmap(model_.Picture.Get().empty() ? QPixmap() : QPixmap::fromImage(ReadPicture(model_.Picture)));
   }
 
 private:

@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <QScreen>
 
 #include "qt/units.h"
@@ -31,6 +32,11 @@ void QtClipboard::Clear() {
 
 void QtClipboard::SetText(const std::string& text) {
   QGuiApplication::clipboard()->setText(ToText(text));
+}
+
+std::optional<std::string> QtClipboard::Text() const {
+  const QMimeData* held = QGuiApplication::clipboard()->mimeData();
+  return held != nullptr && held->hasText() ? std::optional(held->text().toStdString()) : std::nullopt;
 }
 
 } // namespace kelmio

@@ -19,6 +19,7 @@ public:
   void Clear() override;
   /// Stored bytes are put there as the user reads them on the screen.
   void SetText(const std::string& text) override;
+  std::optional<std::string> Text() const override;
 };
 
 } // namespace kelmio

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QRegularExpression>
@@ -72,6 +73,38 @@ std::string QtFolderPicker::BrowseForFolder(const std::string& title) {
   if (!folder.isEmpty())
     last_ = folder;
   return QFile::encodeName(folder).toStdString();
+}
+
+QStringList NameFilters(const QString& filter) {
+  const QStringList parts = filter.split('|');
+  QStringList filters;
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+    // The toolkit shows what stands before its own brackets and takes the patterns from inside them.
+    const QString description = parts[i].section(QStringLiteral(" ("), 0, 0);
+    QStringList patterns;
+    for (QString pattern : parts[i + 1].split(';', Qt::SkipEmptyParts)) {
+      pattern.replace('(', '?').replace(')', '?');
+      patterns.append(pattern == QStringLiteral("*.*") ? QStringLiteral("*") : pattern);
+      if (pattern.toUpper() != pattern)
+        patterns.append(pattern.toUpper());
+    }
+    if (!description.isEmpty() && !patterns.isEmpty())
+      filters.append(description + " (" + patterns.join(' ') + ')');
+  }
+  return filters;
+}
+
+std::string QtFilePicker::OpenFile(const std::string& title, const std::string& filter) {
+  const QString start = last_.isEmpty() || !QDir(last_).exists() ? QDir::homePath() : last_;
+  QFileDialog dialog(QApplication::activeWindow(), ToText(title), start);
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  dialog.setNameFilters(NameFilters(ToText(filter)));
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+    return {};
+  const QString file = dialog.selectedFiles().front();
+  last_ = QFileInfo(file).absolutePath();
+  return QFile::encodeName(file).toStdString();
 }
 
 bool QtFileClipboard::CopyFiles(const std::vector<std::string>& paths) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <optional>
@@ -26,6 +27,19 @@ public:
 private:
   QString last_;
 };
+
+/// Starts in the folder of the file that was picked last in this run, at first in the user's home. A pattern such as
+/// "*.jpg" takes "*.JPG" too.
+class QtFilePicker : public FilePicker {
+public:
+  std::string OpenFile(const std::string& title, const std::string& filter) override;
+
+private:
+  QString last_;
+};
+
+/// The filter's entries as the toolkit's dialog takes them.
+QStringList NameFilters(const QString& filter);
 
 /// Offers the files in the forms that file managers here read, and the file-drop block beside them.
 class QtFileClipboard : public FileClipboard {

@@ -54,6 +54,14 @@ void Center(QWidget& window, Form& form, const QWidget* owner) {
   form.Top = ToTwips(corner.y());
 }
 
+/// A window that knows its place may leave its size to its layout.
+void TakeLayoutSize(const QWidget& window, Form& form) {
+  if (form.Width == 0 || form.Height == 0) {
+    form.Width = ToTwips(window.width());
+    form.Height = ToTwips(window.height());
+  }
+}
+
 } // namespace
 
 void QtWindows::ShowModal(Form& form, Form* owner) {
@@ -70,7 +78,10 @@ void QtWindows::ShowModal(Form& form, Form* owner) {
   window->setParent(over != nullptr ? over->window() : nullptr, Qt::Dialog);
   window->setWindowModality(Qt::ApplicationModal);
   RunHandler([&] { form.Load(); });
-  Center(*window, form, over != nullptr ? over->window() : nullptr);
+  if (form.Centered())
+    Center(*window, form, over != nullptr ? over->window() : nullptr);
+  else
+    TakeLayoutSize(*window, form);
 
   QEventLoop loop;
   const ModalWatch watch(*window, form, loop);

@@ -1,4 +1,5 @@
 // Text boxes of one line and of many.
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QScrollBar>
@@ -24,7 +25,7 @@ int ToInt(std::size_t value) {
 class TextBoxBinding : public ControlBinding {
 public:
   TextBoxBinding(QWidget& widget, TextBox& model, bool folds_line_ends)
-      : ControlBinding(model, widget), widget_(widget), model_(model) {
+      : ControlBinding(model, widget), model_(model), widget_(widget) {
     form_.folds_line_ends = folds_line_ends;
   }
 
@@ -72,6 +73,8 @@ protected:
     });
   }
 
+  TextBox& model_;
+
 private:
   // A log grows by a line at a time up to some 100,000 characters: only its new end is handed on.
   void ShowText() {
@@ -97,7 +100,6 @@ private:
   }
 
   QWidget& widget_;
-  TextBox& model_;
   std::string stored_;
   TextForm form_;
 };
@@ -109,6 +111,7 @@ public:
             [this](const QString& text) { TakeText(text, widget_.cursorPosition()); });
     connect(&widget, &QLineEdit::selectionChanged, this, [this] { TakeCursor(); });
     connect(&widget, &QLineEdit::cursorPositionChanged, this, [this] { TakeCursor(); });
+    widget.installEventFilter(this);
   }
 
 protected:
@@ -121,6 +124,16 @@ protected:
       widget_.setCursorPosition(start);
   }
   void SetReadOnly(bool read_only) override { widget_.setReadOnly(read_only); }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched != &widget_ || event->type() != QEvent::KeyPress || !model_.EnterPressed)
+      return TextBoxBinding::eventFilter(watched, event);
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key != Qt::Key_Return && key != Qt::Key_Enter)
+      return false;
+    RunHandler([this] { model_.EnterPressed(); });
+    return true;
+  }
 
 private:
   void TakeCursor() {
