@@ -186,5 +186,15 @@ TEST_F(QtWindowsTest, AFormThatHidesBeforeItIsSeenReturnsAtOnce) {
   EXPECT_FALSE(form_.Visible);
 }
 
+TEST(FilePickerTest, ReadsFiltersAndLeavesOutWhatHasNoCounterpart) {
+  EXPECT_EQ(NameFilters("Wave Files (*.wav)|*.wav;|All Files (*.*)|*.*"),
+            (QStringList{"Wave Files (*.wav *.WAV)", "All Files (*)"}));
+  // Entries that run into one another stay what they are, and the dialog still takes them.
+  const QStringList filters = NameFilters("Images (*.gif)|*.gif;*.jpg|GIF Files (*.gif)|*.gifAll Files (*.*)|*.*");
+  ASSERT_EQ(filters.size(), 2);
+  EXPECT_EQ(filters[0], "Images (*.gif *.GIF *.jpg *.JPG)");
+  EXPECT_TRUE(filters[1].startsWith("GIF Files ("));
+}
+
 } // namespace
 } // namespace kelmio

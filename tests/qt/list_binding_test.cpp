@@ -51,6 +51,28 @@ protected:
   TestWindow window_;
 };
 
+TEST_F(ListBindingTest, TakesNewRowsAtTheEndAndStillSeesEveryOtherChange) {
+  for (int row = 4; row <= 6; ++row) {
+    list_.AddRow({std::to_string(row), "New"});
+    Settle();
+  }
+  EXPECT_EQ(window_.list->model()->rowCount(), 6);
+  EXPECT_EQ(Data(6, 0, Qt::DisplayRole).toString(), "6");
+  list_.AddRow({"7", "Newer"});
+  list_.Row(1).cells[1] = "Changed";
+  list_.RemoveRow(2);
+  list_.SetColumnIcon(2, kIconDescending);
+  list_.Changed();
+  Settle();
+  EXPECT_EQ(window_.list->model()->rowCount(), 6);
+  EXPECT_EQ(Data(1, 1, Qt::DisplayRole).toString(), "Changed");
+  EXPECT_TRUE(window_.list->header()->isSortIndicatorShown());
+  EXPECT_EQ(window_.list->header()->sortIndicatorSection(), 1);
+  list_.SetColumnIcon(2, "");
+  Settle();
+  EXPECT_FALSE(window_.list->header()->isSortIndicatorShown());
+}
+
 TEST_F(ListBindingTest, ShowsCellsFontAndColours) {
   list_.Row(2).bold = true;
   list_.Row(2).text_color = 0x0000FF; // red

@@ -1,0 +1,111 @@
+// Check boxes, choices, progress, tabs, and what a form asks of its window.
+#include <gmock/gmock.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QProgressBar>
+#include <QTabWidget>
+#include <QTest>
+
+#include "controls/tab_control.h"
+#include "messages/folder_name_window.h"
+#include "qt/binder.h"
+#include "test_form.h"
+
+namespace kelmio {
+namespace {
+
+struct ChoiceForm : Form {
+  CheckBox chkTones;
+  ComboBox cboSource;
+  ProgressBar pbProgressBar;
+  TabControl TabControl1;
+  TextBox txtNumber;
+  frmNewMsgFolder page{[](const std::string&) { return true; }};
+
+  void VisitControls(ControlVisitor& visitor) override {
+    visitor.Visit("chkTones", chkTones);
+    visitor.Visit("cboSource", cboSource);
+    visitor.Visit("pbProgressBar", pbProgressBar);
+    visitor.Visit("TabControl", TabControl1);
+    visitor.Visit("txtNumber", txtNumber);
+  }
+};
+
+class ChoiceBindingsTest : public testing::Test {
+protected:
+  ChoiceBindingsTest() {
+    auto* rows = new QVBoxLayout(&window_);
+    for (QWidget* widget : {static_cast<QWidget*>(check_), static_cast<QWidget*>(combo_), static_cast<QWidget*>(bar_),
+                            static_cast<QWidget*>(tabs_), static_cast<QWidget*>(line_)})
+      rows->addWidget(widget);
+    check_->setObjectName("chkTones");
+    combo_->setObjectName("cboSource");
+    bar_->setObjectName("pbProgressBar");
+    tabs_->setObjectName("TabControl");
+    line_->setObjectName("txtNumber");
+    form_.cboSource.Items = {"One", "Two"};
+    form_.TabControl1.AddPage("Properties", form_.page);
+    EXPECT_THAT(Bind(window_, form_), testing::IsEmpty());
+    form_.Visible = true;
+    Settle();
+  }
+
+  ChoiceForm form_;
+  QWidget window_;
+  QCheckBox* check_ = new QCheckBox;
+  QComboBox* combo_ = new QComboBox;
+  QProgressBar* bar_ = new QProgressBar;
+  QTabWidget* tabs_ = new QTabWidget;
+  QLineEdit* line_ = new QLineEdit;
+};
+
+TEST_F(ChoiceBindingsTest, CarriesChoicesBothWaysAndTellsOnlyTheUsersOwn) {
+  int clicks = 0;
+  form_.chkTones.Click = form_.cboSource.Click = [&] { ++clicks; };
+  form_.chkTones.Value = true;
+  form_.cboSource.ListIndex = 1;
+  form_.pbProgressBar.Max = 7;
+  form_.pbProgressBar.Value = 3;
+  Settle();
+  EXPECT_TRUE(check_->isChecked());
+  EXPECT_EQ(combo_->currentText(), "Two");
+  EXPECT_EQ(bar_->value(), 3);
+  EXPECT_EQ(bar_->maximum(), 7);
+  EXPECT_EQ(clicks, 0);
+
+  QTest::mouseClick(check_, Qt::LeftButton, {}, QPoint(5, check_->height() / 2));
+  QTest::keyClick(combo_, Qt::Key_Up);
+  EXPECT_FALSE(form_.chkTones.Value);
+  EXPECT_EQ(form_.cboSource.ListIndex, 0);
+  EXPECT_EQ(clicks, 2);
+}
+
+TEST_F(ChoiceBindingsTest, BuildsThePageOfATabFromItsForm) {
+  ASSERT_EQ(tabs_->count(), 1);
+  EXPECT_EQ(tabs_->tabText(0), "Properties");
+  auto* name = tabs_->findChild<QLineEdit*>("txtName");
+  ASSERT_NE(name, nullptr);
+  QTest::keyClicks(name, "abc");
+  EXPECT_EQ(form_.page.txtName.Text.Get(), "abc");
+}
+
+TEST_F(ChoiceBindingsTest, HandsOnTheEnterKeyAndTheFocus) {
+  int entered = 0;
+  form_.txtNumber.EnterPressed = [&] { ++entered; };
+  window_.activateWindow();
+  form_.txtNumber.SetFocus();
+  EXPECT_EQ(window_.focusWidget(), line_);
+  QTest::keyClick(line_, Qt::Key_Return);
+  EXPECT_EQ(entered, 1);
+
+  form_.Busy = true;
+  Settle();
+  EXPECT_EQ(window_.cursor().shape(), Qt::WaitCursor);
+  form_.Busy = false;
+  Settle();
+  EXPECT_EQ(window_.cursor().shape(), Qt::ArrowCursor);
+}
+
+} // namespace
+} // namespace kelmio
