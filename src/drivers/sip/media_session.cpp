@@ -1,6 +1,10 @@
 #include "drivers/sip/media_session.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <random>
 #include <utility>
@@ -20,6 +24,10 @@ constexpr std::chrono::milliseconds kGraceForNamedPort{500};
 constexpr std::uint64_t kMostFramesAtOnce = 3000;
 // Of those only the last few are sent: the peer has no use for a burst.
 constexpr std::uint64_t kMostPacketsAtOnce = 10;
+// Larger than any frame of a codec that is offered; the rest of a longer packet is cut off.
+constexpr std::size_t kLargestPacket = 2048;
+// A peer that floods the line must not hold up the frame.
+constexpr int kMostPacketsTaken = 200;
 // Frames with no sample above this are silence in which time may be adjusted (some -50 dB of full scale).
 constexpr int kSilentSample = 100;
 // How much of what follows a hole is looked at.
@@ -88,16 +96,40 @@ void MediaSession::Start() {
   if (started_)
     return;
   started_ = true;
+  // From here on each frame takes what has come since the last one: sooner nobody asks for it, and the thread wakes up
+  // half as often.
+  udp_thread_detach(socket_.get());
   timer_.StartRepeating(std::chrono::milliseconds{0}, kFrameTime, [this](std::uint64_t elapsed) { Ticks(elapsed); });
 }
 
 // --- receiving
 
 void MediaSession::Arrived(const sa* source, mbuf* packet, void* self) {
-  auto* session = static_cast<MediaSession*>(self);
-  const auto rtp = ReadRtpPacket({mbuf_buf(packet), mbuf_get_left(packet)});
-  if (rtp && session->terms_)
-    session->Receive(*source, *rtp);
+  static_cast<MediaSession*>(self)->Take(*source, {mbuf_buf(packet), mbuf_get_left(packet)});
+}
+
+void MediaSession::TakeArrived() {
+  const int descriptor = udp_sock_fd(socket_.get(), sa_af(&local_));
+  std::array<std::uint8_t, kLargestPacket> packet;
+  for (int i = 0; i < kMostPacketsTaken; ++i) {
+    sa source{};
+    source.len = sizeof(source.u);
+    const ssize_t size = recvfrom(descriptor, packet.data(), packet.size(), MSG_DONTWAIT, &source.u.sa, &source.len);
+    if (size < 0 && errno == EINTR)
+      continue;
+    // What an earlier packet of ours met is told here once, and hides nothing that has come.
+    if (size < 0 && errno == ECONNREFUSED)
+      continue;
+    if (size < 0)
+      return;
+    Take(source, std::span(packet).first(static_cast<std::size_t>(size)));
+  }
+}
+
+void MediaSession::Take(const sa& source, std::span<const std::uint8_t> packet) {
+  const auto rtp = ReadRtpPacket(packet);
+  if (rtp && terms_)
+    Receive(source, *rtp);
 }
 
 bool MediaSession::IsPeer(const sa& source) {
@@ -147,6 +179,7 @@ void MediaSession::Receive(const sa& source, const RtpPacket& packet) {
 // --- the tick
 
 void MediaSession::Ticks(std::uint64_t elapsed) {
+  TakeArrived();
   const std::uint64_t frames = std::min(elapsed, kMostFramesAtOnce);
   for (std::uint64_t i = 0; i < frames; ++i) {
     Hear();

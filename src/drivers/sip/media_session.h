@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "drivers/sip/audio_codec.h"
@@ -51,6 +52,8 @@ private:
   using Time = std::chrono::steady_clock::time_point;
 
   static void Arrived(const sa* source, mbuf* packet, void* self);
+  void TakeArrived();
+  void Take(const sa& source, std::span<const std::uint8_t> packet);
   void Receive(const sa& source, const RtpPacket& packet);
   bool IsPeer(const sa& source);
   void UseDecoder(AudioCoding coding);
