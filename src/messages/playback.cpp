@@ -65,7 +65,9 @@ void MessagePlayback::PlaySelectedMessage() {
 
 void MessagePlayback::MarkRead(std::size_t row, const MessageRecord& record) {
   // The record in memory keeps its mark until the next load.
-  mIni::IniWrite(record.FileName, "Read", "True", house_.messages.IndexPath());
+  const std::string index = house_.messages.IndexPath();
+  if (!mIni::IniWrite(record.FileName, "Read", "True", index))
+    house_.trouble(NotWritten(index));
   house_.list.lvwCalls.Row(row).bold = false;
   house_.list.lvwCalls.Changed();
 }

@@ -6,6 +6,7 @@
 #include "controls/basic_controls.h"
 #include "controls/ucSlider.h"
 #include "core/app_state.h"
+#include "core/trouble.h"
 #include "messages/message_list.h"
 #include "platform/multimedia_device.h"
 
@@ -20,6 +21,7 @@ public:
     MessageList& list;
     MultimediaDevice& mmc;
     std::function<void()> pump_events;
+    TroubleSink trouble; // told when a message can't be marked read
   };
   /// The device's status event is taken.
   explicit MessagePlayback(House house);

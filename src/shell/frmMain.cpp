@@ -23,7 +23,7 @@ frmMain::frmMain(const House& house)
       operations_({messages_, message_list_, house_.boxes, house_.folder_picker, house_.file_clipboard, house_.windows,
                    *this, Trouble()}),
       folders_({messages_, message_list_, Folders, house_.boxes, house_.windows, *this, Trouble()}),
-      playback_({house_.app, messages_, message_list_, house_.mmc, [this] { PumpEvents(); }}),
+      playback_({house_.app, messages_, message_list_, house_.mmc, [this] { PumpEvents(); }, Trouble()}),
       monitor_(house.timers, *this), system_(house_.settings, house_.registry, Context, *this, mTAPIEx),
       recording_({house_.app, house_.settings, Context, *this, mTAPIEx, monitor_, contacts_, messages_, house_.timers}),
       calls_({house_.app, house_.settings, Context, *this, monitor_, recording_, contacts_, call_log_}),

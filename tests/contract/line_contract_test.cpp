@@ -19,6 +19,9 @@ struct RigMaker {
   std::string name;
   std::function<std::unique_ptr<LineRig>()> make;
 };
+void PrintTo(const RigMaker& rig, std::ostream* out) {
+  *out << rig.name;
+}
 
 class LineContract : public ::testing::TestWithParam<RigMaker> {
 protected:

@@ -65,7 +65,7 @@ protected:
   FakeRegistryStore registry_;
   MessageStore store_{home_.Path(), loop_, device_};
   MessageList list_{{settings_, registry_, store_, device_, *this}};
-  MessagePlayback playback_{{app_, store_, list_, device_, [this] { PumpEvents(); }}};
+  MessagePlayback playback_{{app_, store_, list_, device_, [this] { PumpEvents(); }, NoTroubleSink()}};
 };
 
 TEST_F(Playback, GoesOnWhereAMessageWasStoppedAndStartsAnotherAtItsBeginning) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "core/app_state.h"
 #include "core/ini_document.h"
 #include "core/ini_text.h"
 #include "core/mGeneral.h"
@@ -37,8 +38,14 @@ template <class Member> void SortBy(std::vector<MessageRecord>& messages, Member
 
 MessageStore::MessageStore(const std::string& app_path, const Clock& clock, MultimediaDevice& device,
                            TroubleSink trouble)
-    : clock_(clock), device_(device), trouble_(std::move(trouble)), messages_folder_(app_path + "Messages"),
-      inbox_name_("Inbox"), inbox_folder_(messages_folder_ + "/" + inbox_name_), current_folder_(inbox_folder_) {}
+    : clock_(clock), device_(device), trouble_(std::move(trouble)) {
+  AppState paths;
+  SetPaths(paths, app_path);
+  messages_folder_ = paths.MessagesFolder;
+  inbox_name_ = paths.InboxName;
+  inbox_folder_ = paths.InboxFolder;
+  current_folder_ = inbox_folder_;
+}
 
 std::string MessageStore::IndexPath() const {
   return WithClosingSeparator(current_folder_) + std::string(kMessageIndexName);
