@@ -16,13 +16,13 @@
 #include "drivers/lines_file.h"
 #include "drivers/sip/sip_driver.h"
 #include "media/media_sound.h"
+#include "media/pulse/pulse_sound_output.h"
 #include "media/wave_device.h"
 #include "qt/form_factory.h"
 #include "qt/qt_appearance.h"
 #include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
-#include "qt/qt_sound_output.h"
 #include "qt/qt_tray.h"
 #include "qt/qt_windows.h"
 #include "qt/unix_signals.h"
@@ -67,7 +67,7 @@ int Run(QApplication& application) {
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
   XdgAutoStart auto_start(XdgAutoStart::DefaultFolder(), PlacesFromEnvironment(surroundings));
-  QtSoundOutput sound_output;
+  PulseSoundOutput sound_output(loop);
   WaveDevice mmc(timers, sound_output);
   MediaSoundFactory sounds(loop);
   LineService lines(loop, sounds);

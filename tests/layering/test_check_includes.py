@@ -13,6 +13,7 @@ SOUND = (
     ("drivers/sip/line.cpp", '"drivers/lines_ini.h"'),
     ("drivers/sip/line.cpp", "<re.h>"),
     ("media/wave.cpp", "<sndfile.h>"),
+    ("media/pulse/stream.cpp", "<pulse/stream.h>"),
     ("qt/bind.cpp", "<QWidget>"),
     ("fakes/line.h", '"telephony/tapi_control/line_driver.h"'),
     ("shell/frmMain.cpp", "<regex>"),
@@ -32,6 +33,7 @@ BROKEN = (
     ("shell/frmMain.cpp", "<QtCore/QString>"),
     ("core/settings.cpp", "  # include <re/re.h>"),
     ("telephony/call.cpp", '"sndfile.h"'),
+    ("qt/sound.cpp", "<pulse/stream.h>"),
     ("core/settings.cpp", '"mIni.h"'),
     ("attic/old.cpp", "<vector>"),
 )
