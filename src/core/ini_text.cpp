@@ -1,6 +1,7 @@
 #include "core/ini_text.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "core/text.h"
 
@@ -98,6 +99,22 @@ void IniText::Write(std::string_view section, std::string_view key, std::string_
     Replace(line->value_begin, line->end, written);
 }
 
+void IniText::AppendSection(std::string_view section, const std::vector<std::pair<std::string, std::string>>& keys) {
+  const std::string_view name = TrimIniBlanks(section);
+  if (!CanNameSection(name))
+    return;
+  bool has_header = false;
+  for (const auto& [key, value] : keys) {
+    const std::string_view key_name = TrimIniBlanks(key);
+    if (!CanNameKey(key_name))
+      continue;
+    if (!has_header)
+      InsertLine(text_.size(), "[" + std::string(name) + "]");
+    has_header = true;
+    InsertLine(text_.size(), std::string(key_name) + "=" + OnOneLine(value));
+  }
+}
+
 void IniText::DeleteKey(std::string_view section, std::string_view key) {
   const std::optional<SectionPlace> place = FindSection(section);
   if (!place)
@@ -106,9 +123,30 @@ void IniText::DeleteKey(std::string_view section, std::string_view key) {
     Replace(line->begin, line->next, {});
 }
 
-void IniText::DeleteSection(std::string_view section) {
-  if (const std::optional<SectionPlace> place = FindSection(section))
-    Replace(place->begin, place->keys_end, {});
+void IniText::DeleteSections(const std::vector<std::string>& sections) {
+  std::unordered_map<std::string, std::size_t> wanted;
+  for (const std::string& section : sections)
+    ++wanted[AsciiLower(TrimIniBlanks(section))];
+  std::string kept;
+  std::size_t kept_to = 0;
+  bool deleting = false;
+  for (std::size_t at = 0; at < text_.size();) {
+    const IniLine line = ReadIniLine(text_, at);
+    at = line.next;
+    if (line.kind == IniLineKind::Section) {
+      const auto found = wanted.find(AsciiLower(line.name));
+      deleting = found != wanted.end() && found->second > 0;
+      if (deleting) {
+        --found->second;
+        kept.append(text_, kept_to, line.begin - kept_to);
+        kept_to = line.next;
+      }
+    } else if (deleting && line.kind == IniLineKind::Key) {
+      kept_to = line.next;
+    }
+  }
+  if (kept_to > 0)
+    Replace(0, kept_to, kept);
 }
 
 std::optional<IniText::SectionPlace> IniText::FindSection(std::string_view name) const {

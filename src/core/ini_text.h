@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "core/ini_lines.h"
 
@@ -29,9 +31,15 @@ public:
   /// line of its own. A name that could not be read back writes nothing.
   void Write(std::string_view section, std::string_view key, std::string_view value);
 
+  /// What `Write` makes of these keys, in their order, for a section that the caller knows not to be there yet. However
+  /// long the text is, it isn't searched.
+  void AppendSection(std::string_view section, const std::vector<std::pair<std::string, std::string>>& keys);
+
   /// Removes a key's line, or a section from its header to its last key; comments behind that stay.
   void DeleteKey(std::string_view section, std::string_view key);
-  void DeleteSection(std::string_view section);
+  void DeleteSection(std::string_view section) { DeleteSections({std::string(section)}); }
+  /// As many deletions in one walk over the text. A name that is given twice takes two sections of that name.
+  void DeleteSections(const std::vector<std::string>& sections);
 
 private:
   enum class Encoding { Bytes, Utf8WithMark, Utf16Le };

@@ -117,6 +117,33 @@ TEST(IniTextDeleting, TakesTheKeysAndLeavesTheRest) {
   EXPECT_EQ(text.Bytes(), "; top\n\n; about b\n[b]\nk=3\n[a]\nk=4\n");
 }
 
+TEST(IniTextDeleting, ManySectionsAtOnceGoAsOneByOne) {
+  const std::string bytes = "; top\n[a]\nk=1\n; in a\nl=2\n; about b\n[B]\n[c]\r\nk=3\r\n[a]\nk=4\n[d]\nk=5";
+  for (const std::vector<std::string>& names : std::vector<std::vector<std::string>>{
+           {}, {"none"}, {"a", "b"}, {" b ", "d", "C"}, {"a", "A", "a"}, {"d", "c", "b", "a", "a"}}) {
+    IniText at_once(bytes);
+    at_once.DeleteSections(names);
+    IniText one_by_one(bytes);
+    for (const std::string& name : names)
+      one_by_one.DeleteSection(name);
+    EXPECT_EQ(at_once.Bytes(), one_by_one.Bytes());
+    EXPECT_EQ(at_once.Changed(), at_once.Bytes() != bytes);
+  }
+}
+
+TEST(IniTextAppending, MakesWhatWritingMakes) {
+  const std::vector<std::pair<std::string, std::string>> keys = {{"k", "1\n2"}, {"[no", "3"}, {" l ", ""}};
+  for (const std::string& bytes : {""s, "[a]\nk=1"s, "[a]\rk=1\r; end\r"s, "\xEF\xBB\xBF[a]\n"s})
+    for (const std::string& name : {" new "s, "no]"s}) {
+      IniText appended(bytes);
+      appended.AppendSection(name, keys);
+      IniText written(bytes);
+      for (const auto& [key, value] : keys)
+        written.Write(name, key, value);
+      EXPECT_EQ(appended.Bytes(), written.Bytes());
+    }
+}
+
 TEST(IniTextEncodings, KeepsMarksAndUtf16) {
   EXPECT_EQ(Read("\xEF\xBB\xBF[a]\nk=1\n", "a", "k"), "1");
   EXPECT_EQ(Written("\xEF\xBB\xBF[a]\nk=1\n", "a", "k", "2"), "\xEF\xBB\xBF[a]\nk=2\n");
