@@ -2,8 +2,10 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelmio {
 
@@ -58,7 +60,20 @@ ContactRecord ReadContact(const IniDocument& file, const std::string& contact_id
 /// Writes all fourteen keys, empty ones too, as one change. False when the file could not be written.
 bool WriteContact(const ContactRecord& contact, const std::string& file);
 
+/// The same for a contact that was given its identifier a while ago: should another copy of the program have written a
+/// contact there since, this one gets the next free identifier instead. Returns the identifier it has; nothing when
+/// the file could not be written.
+std::optional<std::string> WriteNewContact(ContactRecord contact, const std::string& file);
+
 /// The lowest positive number whose section has no name, as its identifier. The file decides, not a table.
 std::string NextFreeContactID(const std::string& file);
+
+/// Deletes the contacts' sections as one change. An identifier given twice takes two sections of that name. False when
+/// the file could not be written.
+bool DeleteContactSections(const std::vector<std::string>& contact_ids, const std::string& file);
+
+/// Path of a contact's photo, whether there is one or not. Empty for an identifier out of a hand-edited file that would
+/// lead out of the folder: such a contact has no photo. `photos_folder` has no closing separator.
+std::string ContactPhotoFile(const std::string& photos_folder, const std::string& contact_id);
 
 } // namespace kelmio
