@@ -13,8 +13,10 @@ constexpr pa_sample_spec kFormat{PA_SAMPLE_S16NE, kDeskRate, 1};
 constexpr auto kUnset = static_cast<std::uint32_t>(-1); // the server's word for "choose yourself"
 constexpr auto kNoSize = static_cast<std::size_t>(-1);
 
+constexpr std::uint32_t kBytesPerSecond = kDeskRate * sizeof(std::int16_t);
+
 constexpr std::uint32_t Bytes(std::chrono::milliseconds time) {
-  return static_cast<std::uint32_t>(time.count()) * (kDeskRate / 1000) * sizeof(std::int16_t);
+  return static_cast<std::uint32_t>(time.count()) * (kBytesPerSecond / 1000);
 }
 
 /// From a write to the ear, as far as the device can do it. Less makes the sound stutter on a busy machine.
@@ -36,8 +38,7 @@ constexpr char kNoMicrophone[] = "There is no microphone: the other side hears n
 constexpr char kNoLoudspeaker[] = "There is no loudspeaker: nothing can be heard.";
 constexpr char kAllWell[] = "Microphone and loudspeaker are back.";
 
-constexpr auto kFlags = static_cast<pa_stream_flags_t>(PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE |
-                                                       PA_STREAM_ADJUST_LATENCY);
+constexpr auto kFlags = static_cast<pa_stream_flags_t>(PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_ADJUST_LATENCY);
 constexpr char kRole[] = "phone";
 
 PulseStream OpenLoudspeaker(const PulseConnection& connection) {
@@ -57,17 +58,26 @@ PulseStream OpenMicrophone(const PulseConnection& connection) {
   return stream;
 }
 
-/// What the server reckons at present, or the last that it could tell.
-microseconds Latency(pa_stream& stream, microseconds last) {
-  pa_usec_t latency = 0;
-  int negative = 0;
-  if (pa_stream_get_latency(&stream, &latency, &negative) != 0)
-    return last;
-  return negative ? 0us : microseconds(latency);
-}
-
 microseconds Time(std::size_t samples) {
   return microseconds(samples * std::micro::den / kDeskRate);
+}
+
+/// What is between the near end of a stream and the air, by the server's last word, a second or so old, and the time
+/// since. The library's own reckoning smooths that, and is wrong by hundreds of milliseconds in the first seconds of a
+/// call on a busy machine. `last` where the server hasn't told yet.
+microseconds Latency(pa_stream& stream, bool plays, microseconds last) {
+  const pa_timing_info* const told = pa_stream_get_timing_info(&stream);
+  if (!told)
+    return last;
+  const auto held = microseconds((told->write_index - told->read_index) * std::micro::den / kBytesPerSecond);
+  const auto sink = microseconds(told->sink_usec);
+  const microseconds since = std::chrono::duration_cast<microseconds>(
+      std::chrono::system_clock::now().time_since_epoch() - std::chrono::seconds(told->timestamp.tv_sec) -
+      microseconds(told->timestamp.tv_usec));
+  if (plays)
+    return std::max(held + sink - (told->playing ? since : 0us), 0us);
+  // A device that listens to a loudspeaker hears what that one has yet to play.
+  return held + microseconds(told->source_usec) - sink + since;
 }
 
 } // namespace
@@ -159,7 +169,7 @@ bool PulseDeskWork::Play(pa_stream& stream) {
   const bool moves = room > 0;
   while (room > 0) {
     if (played_ == kDeskFrame) {
-      play_delay_ = Latency(stream, play_delay_);
+      play_delay_ = Latency(stream, true, play_delay_);
       to_play_.fill(0);
       door_->WithClient([this](DeskClient& client) { client.ToPlay(to_play_); });
       played_ = 0;
@@ -180,7 +190,7 @@ bool PulseDeskWork::Capture(pa_stream& stream) {
   std::size_t size = 0;
   while (pa_stream_peek(&stream, &data, &size) == 0 && size > 0) {
     moved = true;
-    const microseconds age = Latency(stream, Time(size / sizeof(std::int16_t)));
+    const microseconds age = Latency(stream, false, Time(size / sizeof(std::int16_t)));
     // A hole is what the server has lost.
     static constexpr std::array<std::int16_t, kDeskFrame> kHole{};
     if (data)
@@ -200,11 +210,11 @@ void PulseDeskWork::Take(std::span<const std::int16_t> samples, microseconds age
     const microseconds delay = play_delay_ + age + Time(held_);
     held_ += part.size();
     samples = samples.subspan(part.size());
-    age = std::max(age - Time(part.size()), 0us);
+    age -= Time(part.size());
     if (held_ < kDeskFrame)
       return;
     held_ = 0;
-    const auto delay_ms = static_cast<int>(std::chrono::round<std::chrono::milliseconds>(delay).count());
+    const auto delay_ms = static_cast<int>(std::chrono::round<std::chrono::milliseconds>(std::max(delay, 0us)).count());
     door_->WithClient([&](DeskClient& client) { client.Captured(captured_, delay_ms); });
   }
 }

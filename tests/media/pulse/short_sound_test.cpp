@@ -65,19 +65,22 @@ TEST_F(ShortSoundTest, PlaysEachFormatToItsEndBeforeItReturns) {
     coarse.push_back(static_cast<std::int16_t>(level * 256));
   }
   Samples expected;
-  for (const auto& [image, heard] :
-       {std::pair{WaveImage(Data(sound, 1), 1, 16), sound}, std::pair{WaveImage(Data(sound, 2), 2, 16), sound},
-        std::pair{WaveImage(bytes, 1, 8), coarse}}) {
-    const auto time = TimeOf([&] { EXPECT_TRUE(player_.Play(image.Bytes())); });
+  struct Case {
+    WaveImage image;
+    Samples heard;
+  };
+  for (const Case& sound_case : {Case{WaveImage(Data(sound, 1), 1, 16), sound},
+                                 Case{WaveImage(Data(sound, 2), 2, 16), sound}, Case{WaveImage(bytes, 1, 8), coarse}}) {
+    const auto time = TimeOf([&] { EXPECT_TRUE(player_.Play(sound_case.image.Bytes())); });
     EXPECT_GE(time, 240ms);
     EXPECT_LT(time, 5s);
     std::cout << "250 ms of sound took " << time.count() << " ms\n";
-    expected.insert(expected.end(), heard.begin(), heard.end());
+    expected.insert(expected.end(), sound_case.heard.begin(), sound_case.heard.end());
     EXPECT_TRUE(RunUntil([&] { return listener.Heard().size() >= expected.size(); }));
     EXPECT_TRUE(listener.Heard() == expected) << listener.Heard().size();
   }
   const WaveImage whole(Data(sound, 1), 1, 16);
-  for (const std::size_t size : {0, 11, 20, 43, 44})
+  for (const std::size_t size : {0U, 11U, 20U, 43U, 44U})
     EXPECT_FALSE(player_.Play(whole.Bytes().first(size))) << size;
   EXPECT_FALSE(player_.Play(WaveImage(Data(sound, 1), 1, 16, 6).Bytes())) << "A-law";
   EXPECT_FALSE(player_.Play(WaveImage(Data(sound, 1), 0, 16).Bytes())) << "no channel";
