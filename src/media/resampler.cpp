@@ -11,7 +11,7 @@ void Resampler::Free::operator()(SRC_STATE_tag* state) const noexcept {
   src_delete(state);
 }
 
-Resampler::Resampler() {
+Resampler::Resampler(AtRatioOne at_ratio_one) : at_ratio_one_(at_ratio_one) {
   int error = 0;
   state_.reset(src_new(SRC_SINC_MEDIUM_QUALITY, 1, &error));
   if (!state_)
@@ -22,7 +22,7 @@ Resampler::~Resampler() = default;
 
 Resampler::Step Resampler::Convert(std::span<const std::int16_t> in, std::span<std::int16_t> out, double ratio,
                                    bool last) noexcept {
-  if (ratio == 1.0 && !converting_) {
+  if (ratio == 1.0 && !converting_ && at_ratio_one_ == AtRatioOne::Pass) {
     const std::size_t count = std::min(in.size(), out.size());
     std::copy_n(in.begin(), count, out.begin());
     return {count, count};

@@ -12,12 +12,14 @@ namespace kelmio {
 
 /// One mono stream. Its sound is neither delayed nor cut: output sample 0 stands where input sample 0 stood,
 /// and what the filter still holds comes out when the end is announced. With a ratio of 1 from the start the
-/// samples pass unchanged, bit by bit. The ratio may change within the stream, by the
+/// samples pass unchanged, bit by bit, unless asked otherwise. The ratio may change within the stream, by the
 /// rate of the output.
 /// One thread at a time; allocates only when made.
 class Resampler {
 public:
-  Resampler();
+  /// A stream that passed unchanged clicks when its ratio moves a little off 1; one that is filtered doesn't.
+  enum class AtRatioOne : std::uint8_t { Pass, Filter };
+  explicit Resampler(AtRatioOne at_ratio_one = AtRatioOne::Pass);
   ~Resampler();
   Resampler(const Resampler&) = delete;
   Resampler& operator=(const Resampler&) = delete;
@@ -38,9 +40,10 @@ private:
   };
   static constexpr std::size_t kChunk = 1024;
 
+  const AtRatioOne at_ratio_one_;
   std::unique_ptr<SRC_STATE_tag, Free> state_;
   double ratio_ = 1.0;
-  bool converting_ = false; // a ratio other than 1 has been seen: the filter holds sound
+  bool converting_ = false; // the filter holds sound
   std::array<float, kChunk> in_{};
   std::array<float, kChunk> out_{};
 };

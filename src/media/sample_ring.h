@@ -36,6 +36,11 @@ public:
     return count;
   }
 
+  /// Samples held; the taking thread's view.
+  std::size_t Held() const noexcept {
+    return static_cast<std::size_t>(put_.load(std::memory_order_acquire) - taken_.load(std::memory_order_relaxed));
+  }
+
   /// Room left; the putting thread's view.
   std::size_t Room() const noexcept {
     return data_.size() -

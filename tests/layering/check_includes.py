@@ -33,6 +33,7 @@ LIBRARIES = (
     ("Qt", re.compile(r"Qt?[A-Z]\w*(/.*)?$|ui_\w+\.h$|.*\.moc$"), ("qt", "app")),
     ("libre", re.compile(r"re(/|\.h|_)"), ("drivers/sip",)),
     ("a sound library", re.compile(r"(sndfile|spandsp|samplerate|soxr|opus)\b"), ("media", "drivers/sip")),
+    ("the echo canceller", re.compile(r"webrtc/"), ("media",)),
     ("the sound system", re.compile(r"(pulse|alsa)/"), ("media",)),
     ("X11 or D-Bus", re.compile(r"(X11|xcb|dbus)/"), ("qt", "app")),
 )
