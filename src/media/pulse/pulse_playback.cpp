@@ -8,11 +8,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What the server holds beforehand.
-constexpr std::chrono::microseconds kAhead = 500ms;
+/// What the server holds beforehand. A device may take up to two seconds at once, and silence where there is no more.
+constexpr std::chrono::microseconds kAhead = 2500ms;
 /// It asks for so much at a time. What two steps leave of the above is halved between server and device, so the
 /// device holds little: it can't take back what it holds when the sound is stopped, and its end is known late.
-constexpr std::chrono::microseconds kStep = 220ms;
+constexpr std::chrono::microseconds kStep = 1220ms;
+/// A device that holds much tells the end of a sound late. The end has come as well when the place has stood still for
+/// so long, so near to it.
+constexpr std::chrono::microseconds kNearEnd = 100ms;
+constexpr std::chrono::microseconds kStandstill = 1s;
 /// How often the place that is heard is looked up; in between it is reckoned.
 constexpr std::chrono::microseconds kLook = 100ms;
 constexpr std::size_t kPiece = 16384; // bytes read at a time
@@ -137,7 +141,8 @@ bool PulsePlayback::Play(PulseClock::time_point now) {
     return false;
   }
   TellHeard(now);
-  if (drain_ && pa_operation_get_state(drain_.get()) == PA_OPERATION_DONE) {
+  if (drain_ && (pa_operation_get_state(drain_.get()) == PA_OPERATION_DONE ||
+                 (heard_ + kNearEnd >= Duration(given_, format_) && now - progressed_ >= kStandstill))) {
     End(State::Over, now);
     return false;
   }

@@ -74,8 +74,8 @@ struct PulsePatience {
   std::chrono::milliseconds silence; // for a device that plays nothing, which has gone even where nobody says so
 };
 
-/// Plays through the default device of the moment, and gives it back once all has been heard. The server holds half
-/// a second of the sound beforehand, so a disk or a processor that is busy for less isn't heard.
+/// Plays through the default device of the moment, and gives it back once all has been heard. The server holds
+/// seconds of the sound beforehand, so a disk or a processor that is busy for less isn't heard.
 class PulsePlayback : public PulseWork {
 public:
   PulsePlayback(

@@ -15,7 +15,7 @@ class PulseProgress;
 class PulseThread;
 
 /// Through the default device of the moment. Each sound has a connection of its own, opened by its start and given
-/// back when it has been heard; in between nothing runs. The file is read on the connection's thread, half a second
+/// back when it has been heard; in between nothing runs. The file is read on the connection's thread, seconds
 /// ahead of what is heard, so neither a busy user interface nor a slow disk makes the sound stutter.
 ///
 /// A start waits a fraction of a second for a server that doesn't answer; the sound then runs on a clock, and is heard
