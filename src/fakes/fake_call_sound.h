@@ -23,7 +23,11 @@ public:
   void StopPlay() override { playing_.clear(); }
   bool Record(const RecordRequest& request) override;
   void StopRecord() override;
+  void UseDesk() override { has_desk_ = true; }
+  void ReleaseDesk() override { has_desk_ = false; }
 
+  /// Whether microphone and loudspeaker are this call's.
+  bool HasDesk() const { return has_desk_; }
   /// Path of what plays or is recorded now; empty when nothing is.
   const std::string& Playing() const { return playing_; }
   const std::string& Recording() const { return recording_; }
@@ -49,6 +53,7 @@ private:
   std::string playing_;
   std::string recording_;
   RecordRequest request_;
+  bool has_desk_ = false;
 };
 
 class FakeSoundFactory : public CallSoundFactory {

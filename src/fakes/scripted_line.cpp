@@ -64,6 +64,7 @@ LineCaps ScriptedLine::Caps() const {
   LineCaps caps;
   caps.line_name = "Scripted line " + std::to_string(device_id_);
   caps.media_modes = media_modes_;
+  caps.phone = phone;
   return caps;
 }
 

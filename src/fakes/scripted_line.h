@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,8 @@ public:
 
   /// Another program has the device.
   bool taken = false;
+  /// The telephone set behind the line.
+  std::optional<PhoneCaps> phone;
 
 private:
   friend class ScriptedCall;

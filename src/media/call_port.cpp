@@ -21,6 +21,8 @@ void CallPort::Received(std::span<const std::int16_t> samples, int rate) noexcep
   Listen(samples, rate);
   if (recorder_)
     recorder_->Put(Direction::Far, samples, rate);
+  if (handset_)
+    handset_->Hear(samples, rate);
 }
 
 void CallPort::ToSend(std::span<std::int16_t> samples, int rate) noexcept {
@@ -39,6 +41,8 @@ void CallPort::ToSend(std::span<std::int16_t> samples, int rate) noexcept {
       });
     }
   }
+  if (handset_)
+    Speak(samples, rate);
   if (recorder_)
     recorder_->Put(Direction::Near, samples, rate);
   ListenToMissing(samples.size(), rate);
@@ -60,6 +64,12 @@ void CallPort::ListenToMissing(std::size_t samples, int rate) {
     watch_.Process(std::span(kSilence).first(count));
     missing -= count;
   }
+}
+
+void CallPort::Speak(std::span<std::int16_t> samples, int rate) {
+  handset_->AddSaid(samples, rate);
+  near_to_watch_rate_.Put(samples, rate,
+                          [this](std::span<const std::int16_t> converted) { watch_.ProcessNear(converted); });
 }
 
 void CallPort::SetPlayer(std::shared_ptr<WavePlayer> player, std::uint64_t play) {
@@ -84,6 +94,12 @@ void CallPort::RemoveRecorder() {
     recorder->EndInput();
 }
 
+void CallPort::SetHandset(std::shared_ptr<DeskHandset> handset) {
+  const std::lock_guard lock(mutex_);
+  handset_.swap(handset);
+  watch_.ForgetNear();
+}
+
 void CallPort::StartWatching(std::uint64_t watch) {
   const std::lock_guard lock(mutex_);
   watch_number_ = watch;
@@ -98,6 +114,7 @@ void CallPort::StopWatching() {
 void CallPort::Detach() {
   RemoveRecorder();
   SetPlayer(nullptr, 0);
+  SetHandset(nullptr);
   const std::lock_guard lock(mutex_);
   detached_ = true;
 }

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <span>
 
+#include "media/desk/desk_handset.h"
 #include "media/reporter.h"
 #include "media/resampler.h"
 #include "media/signal_watch.h"
@@ -15,9 +16,9 @@
 
 namespace kelmio {
 
-/// Plays, records and listens, frame by frame. The sound thread holds one lock for the time of a frame; the
-/// user interface thread takes it only to hand over a player or a recorder or to switch the watch, so neither
-/// keeps the other waiting for long. No file is touched here. Reports are posted as they happen.
+/// Plays, records, listens, and speaks with the desk, frame by frame. The sound thread holds one lock for the time of a
+/// frame; the user interface thread takes it only to hand over a player or a recorder or to switch the watch, so
+/// neither keeps the other waiting for long. No file is touched here. Reports are posted as they happen.
 class CallPort : public SoundPort, private SignalSink {
 public:
   explicit CallPort(Reporter reporter);
@@ -31,6 +32,8 @@ public:
   void SetRecorder(std::shared_ptr<WaveRecorder> recorder);
   /// Takes the recorder out, with all sound that has come so far; may be finished then.
   void RemoveRecorder();
+  /// Whom the far side hears and who hears it; null when nobody at the desk does.
+  void SetHandset(std::shared_ptr<DeskHandset> handset);
   void StartWatching(std::uint64_t watch);
   void StopWatching();
   /// The call's sound is gone: from now on the port takes nothing and gives silence.
@@ -39,6 +42,7 @@ public:
 private:
   void Listen(std::span<const std::int16_t> samples, int rate);
   void ListenToMissing(std::size_t samples, int rate);
+  void Speak(std::span<std::int16_t> samples, int rate);
 
   void HeardSilence() override;
   void HeardVoice() override;
@@ -55,7 +59,9 @@ private:
   std::shared_ptr<WavePlayer> ended_player_; // kept, so that the sound thread frees nothing
   std::uint64_t play_ = 0;
   std::shared_ptr<WaveRecorder> recorder_;
+  std::shared_ptr<DeskHandset> handset_;
   FixedRate to_watch_rate_{SignalWatch::kRate};
+  FixedRate near_to_watch_rate_{SignalWatch::kRate};
   SignalWatch watch_;
   std::uint64_t watch_number_ = 0;
   double unheard_seconds_ = 0; // sent since something was last received

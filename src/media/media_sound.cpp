@@ -7,13 +7,15 @@
 namespace kelmio {
 namespace {
 
-class MediaSound : public CallSound {
+class MediaSound : public CallSound, private Desk::User {
 public:
-  MediaSound(EventLoop& loop, CallSoundEvents& events)
-      : target_(std::make_shared<ReportTarget>(ReportTarget{events})), reporter_(loop, target_),
+  /// `desk` outlives the sound; null where there is none.
+  MediaSound(EventLoop& loop, Desk* desk, CallSoundEvents& events)
+      : desk_(desk), target_(std::make_shared<ReportTarget>(ReportTarget{events})), reporter_(loop, target_),
         port_(std::make_shared<CallPort>(reporter_)) {}
 
   ~MediaSound() override {
+    ReleaseDesk();
     target_.reset(); // nothing is reported from here on
     port_->Detach();
     if (recorder_)
@@ -76,7 +78,24 @@ public:
     recorder_.reset();
   }
 
+  void UseDesk() override {
+    if (desk_ == nullptr)
+      return;
+    // The stream is stopped before the target goes.
+    const auto handset = desk_->Take(*this, [this](const std::string& text) { target_->events.Trouble(text); });
+    if (handset)
+      port_->SetHandset(handset);
+  }
+
+  void ReleaseDesk() override {
+    if (desk_ != nullptr)
+      desk_->Release(*this);
+    port_->SetHandset(nullptr);
+  }
+
 private:
+  void DeskTaken() override { port_->SetHandset(nullptr); }
+
   void StopWatching() {
     target_->watch = 0;
     port_->StopWatching();
@@ -86,6 +105,7 @@ private:
     reporter_.Post([text = std::move(text)](ReportTarget& target) { target.events.Trouble(text); });
   }
 
+  Desk* const desk_;
   std::shared_ptr<ReportTarget> target_;
   Reporter reporter_;
   std::shared_ptr<CallPort> port_;
@@ -97,7 +117,7 @@ private:
 } // namespace
 
 std::unique_ptr<CallSound> MediaSoundFactory::Create(CallSoundEvents& events) {
-  return std::make_unique<MediaSound>(loop_, events);
+  return std::make_unique<MediaSound>(loop_, desk_ ? &*desk_ : nullptr, events);
 }
 
 bool MediaSoundFactory::CanRecord(const WaveFormatRecord& format) const {

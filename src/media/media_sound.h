@@ -1,6 +1,10 @@
 // Makes the sound of calls: one for each call, on its own files and thread.
 #pragma once
 
+#include <optional>
+
+#include "media/desk/desk.h"
+#include "media/desk_stream.h"
 #include "platform/event_loop.h"
 #include "telephony/tapi_control/call_sound.h"
 
@@ -18,16 +22,24 @@ namespace kelmio {
 /// What goes on beyond what `CallSound` says: digits and busy tone are reported for as long as the driver
 /// brings sound, the rest of the signal watch from `Record` with `watch_signal` until `StopRecord`, also past
 /// the length limit. A length limit of 0 or less is none. Why `Play` or `Record` fails is reported as
-/// `Trouble`.
+/// `Trouble`. While the desk is on the call, the user's voice counts for the signal watch as the far side's does.
+///
+/// Microphone and loudspeaker are open from `UseDesk` to `ReleaseDesk` or the end of the sound, and at no other
+/// time: what the machine plays and records it does with the microphone closed.
 class MediaSoundFactory : public CallSoundFactory {
 public:
-  explicit MediaSoundFactory(EventLoop& loop) : loop_(loop) {}
+  /// `desk` outlives the factory; without one, `UseDesk` does nothing.
+  explicit MediaSoundFactory(EventLoop& loop, DeskStream* desk = nullptr) : loop_(loop) {
+    if (desk != nullptr)
+      desk_.emplace(*desk);
+  }
 
   std::unique_ptr<CallSound> Create(CallSoundEvents& events) override;
   bool CanRecord(const WaveFormatRecord& format) const override;
 
 private:
   EventLoop& loop_;
+  std::optional<Desk> desk_;
 };
 
 } // namespace kelmio

@@ -6,22 +6,42 @@ namespace kelmio {
 
 static_assert(VoiceDetector::kBlock == ToneDetector::kBlock);
 
+namespace {
+
+/// Cuts `samples` into blocks and calls `process` for each that is full.
+template <typename Block, typename Process>
+void InBlocks(std::span<const std::int16_t> samples, Block& block, std::size_t& filled, Process process) {
+  while (!samples.empty()) {
+    const std::size_t count = std::min(samples.size(), block.size() - filled);
+    std::copy_n(samples.begin(), count, block.begin() + static_cast<std::ptrdiff_t>(filled));
+    samples = samples.subspan(count);
+    filled += count;
+    if (filled == block.size()) {
+      filled = 0;
+      process();
+    }
+  }
+}
+
+} // namespace
+
 void SignalWatch::StartWatching() {
   watching_ = true;
   told_ = VoiceDetector::State::Unknown;
 }
 
 void SignalWatch::Process(std::span<const std::int16_t> samples) {
-  while (!samples.empty()) {
-    const std::size_t count = std::min(samples.size(), block_.size() - filled_);
-    std::copy_n(samples.begin(), count, block_.begin() + static_cast<std::ptrdiff_t>(filled_));
-    samples = samples.subspan(count);
-    filled_ += count;
-    if (filled_ == block_.size()) {
-      filled_ = 0;
-      ProcessBlock();
-    }
-  }
+  InBlocks(samples, block_, filled_, [this] { ProcessBlock(); });
+}
+
+void SignalWatch::ProcessNear(std::span<const std::int16_t> samples) {
+  InBlocks(samples, near_block_, near_filled_, [this] { near_ = near_voice_.Process(near_block_); });
+}
+
+void SignalWatch::ForgetNear() {
+  near_voice_ = {};
+  near_ = VoiceDetector::State::Unknown;
+  near_filled_ = 0;
 }
 
 void SignalWatch::ProcessBlock() {
@@ -34,7 +54,9 @@ void SignalWatch::ProcessBlock() {
   if (tone.steady_hertz != 0 && watching_)
     sink_.HeardTone(tone.steady_hertz);
 
-  const VoiceDetector::State state = voice_.Process(block_);
+  VoiceDetector::State state = voice_.Process(block_);
+  if (near_ == VoiceDetector::State::Voice)
+    state = VoiceDetector::State::Voice;
   if (!watching_ || state == told_)
     return;
   told_ = state;

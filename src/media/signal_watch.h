@@ -24,6 +24,8 @@ public:
 
 /// Busy tone and digits are always told; silence, voice and steady tones only while watched. It listens all
 /// the time, so that a watch that begins in the middle of a call knows the noise of the line at once.
+///
+/// What is said on this side counts as voice as well: while the user speaks, the call isn't silent.
 /// One thread at a time; allocates only when made.
 class SignalWatch {
 public:
@@ -35,16 +37,25 @@ public:
   void StartWatching();
   void StopWatching() { watching_ = false; }
   void Process(std::span<const std::int16_t> samples);
+  /// What this side says. Its state counts from the next stretch of the far side on.
+  void ProcessNear(std::span<const std::int16_t> samples);
+  /// Nobody speaks on this side any more.
+  void ForgetNear();
 
 private:
+  using Block = std::array<std::int16_t, VoiceDetector::kBlock>;
   void ProcessBlock();
 
   SignalSink& sink_;
   VoiceDetector voice_;
   ToneDetector tones_;
   DtmfDetector digits_;
-  std::array<std::int16_t, VoiceDetector::kBlock> block_{};
+  Block block_{};
   std::size_t filled_ = 0;
+  VoiceDetector near_voice_;
+  VoiceDetector::State near_ = VoiceDetector::State::Unknown;
+  Block near_block_{};
+  std::size_t near_filled_ = 0;
   bool watching_ = false;
   VoiceDetector::State told_ = VoiceDetector::State::Unknown;
 };

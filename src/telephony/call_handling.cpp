@@ -105,8 +105,10 @@ void CallHandling::OnCallState(const CallRef& call, CallState state) {
 void CallHandling::OnConnected(const CallRef& call) {
   house_.host.SetPanel(kPanelLine, "Connected");
   house_.host.EnableCommand(kCommandAnswer, false);
-  if (house_.context.ManualCall || house_.settings.AutoAnswerIncoming != 1)
+  if (house_.context.ManualCall || house_.settings.AutoAnswerIncoming != 1) {
+    call->UseDesk();
     return;
+  }
   if (mGeneral::FileExists(house_.settings.GreetingFile))
     call->PlayFile(house_.settings.GreetingFile);
   else
@@ -170,6 +172,9 @@ void CallHandling::RecordCallManual() {
     if (context.CurrentLine == nullptr)
       return;
     context.CurrentCall = context.CurrentLine->MakeCall("");
+    // With nobody on the line it is the microphone that is recorded.
+    if (context.CurrentCall != nullptr)
+      context.CurrentCall->UseDesk();
   }
   const CallRef call = context.CurrentCall;
   if (call == nullptr || call->Answer() != TAPIResult::Ok)

@@ -17,6 +17,10 @@ namespace kelmio {
 /// The main window's handlers of the telephony events. There is no state machine: each handler reads a handful
 /// of shared variables, does its work and returns. User interface thread only; where a handler lets pending
 /// events run, another handler can enter.
+///
+/// The desk's microphone is opened in two places: once a call is up that is the user's and not the machine's, and when
+/// the user records with no call. A call that the machine answers is played to and recorded with the microphone closed,
+/// whatever the user records of it later.
 class CallHandling {
 public:
   struct House {

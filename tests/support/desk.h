@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,7 +27,11 @@ public:
 struct Desk {
   static constexpr std::uint32_t kVoice = media_mode::kInteractiveVoice | media_mode::kAutomatedVoice;
 
-  explicit Desk(std::vector<std::shared_ptr<ScriptedLine>> other_lines = {}) {
+  using MakeSounds = std::function<std::unique_ptr<CallSoundFactory>(EventLoop&)>;
+
+  /// `make_sounds`: calls get their sound from what it makes, and not from `sounds`.
+  explicit Desk(std::vector<std::shared_ptr<ScriptedLine>> other_lines = {}, const MakeSounds& make_sounds = {})
+      : other_sounds(make_sounds ? make_sounds(loop) : nullptr) {
     if (other_lines.empty())
       other_lines.push_back(line);
     lines.AddDriver(std::make_unique<ScriptedDriver>(std::move(other_lines)));
@@ -90,7 +95,8 @@ struct Desk {
   FakeMultimediaDevice mmc;
   MemoryJournal journal;
   FakeSoundFactory sounds{loop};
-  LineService lines{loop, sounds};
+  std::unique_ptr<CallSoundFactory> other_sounds;
+  LineService lines{loop, other_sounds ? *other_sounds : sounds};
   std::shared_ptr<ScriptedLine> line = std::make_shared<ScriptedLine>(loop, 3, kVoice);
   AppState app;
   Settings settings;

@@ -148,11 +148,24 @@ void TAPICall::StopRecord() {
     sound_->StopRecord();
 }
 
+void TAPICall::UseDesk() {
+  if (Ended() || line_->Device().Caps().phone)
+    return;
+  desk_wanted_ = true;
+  JoinDesk();
+}
+
+void TAPICall::JoinDesk() {
+  if (desk_wanted_ && phase_ == Phase::Up)
+    Sound()->UseDesk();
+}
+
 void TAPICall::DeviceConnected() {
   if (phase_ != Phase::Waiting)
     return;
   phase_ = Phase::Up;
   Sound();
+  JoinDesk();
   const auto self = shared_from_this();
   line_->Service().Log("Connected");
   line_->Tell([&](TAPIExCtl& control) { control.OnCallState(self, CallState::Connected); });
@@ -173,6 +186,9 @@ void TAPICall::End(const std::vector<TAPIExCtl*>& audience) {
   LineService& service = line_->Service();
   phase_ = Phase::Ended;
   device_->SetSoundPort(nullptr);
+  // This object and its sound may be held for long: the microphone isn't.
+  if (sound_ != nullptr)
+    sound_->ReleaseDesk();
   StopPlay();
   const auto self = shared_from_this();
   service.Log("Call ended");

@@ -54,6 +54,11 @@ public:
   /// Finishes the file before it returns; `OnRecordDone` follows. Nothing happens with no recording running.
   void StopRecord();
 
+  /// The user speaks on this call, at the desk: from now on, or from when the line is up, until the end of the call.
+  /// A line with a telephone of its own needs no desk, and nothing happens.
+  /// Nothing else opens the microphone: on a call that the machine answers it stays closed.
+  void UseDesk();
+
   /// The silence, in milliseconds, after which the caller of this interface means to end a recording. The
   /// signal watch doesn't wait for it: it reports silence when it starts.
   void SetSilenceTime(long milliseconds) { silence_time_ms_ = milliseconds; }
@@ -88,6 +93,7 @@ private:
   void Trouble(const std::string& text) override;
 
   CallSound* Sound();
+  void JoinDesk();
 
   SharedLine* line_; // nothing once the call has ended
   std::shared_ptr<DeviceCall> device_;
@@ -98,6 +104,7 @@ private:
   long accept_option_ = 0;
   long silence_time_ms_ = 0;
   bool digits_by_signalling_ = false;
+  bool desk_wanted_ = false;
 };
 
 } // namespace kelmio

@@ -60,6 +60,12 @@ public:
   virtual bool Record(const RecordRequest& request) = 0;
   /// Finishes the file before it returns; `RecordDone` follows. Nothing happens with no recording running.
   virtual void StopRecord() = 0;
+  /// The user speaks on this call: microphone and loudspeaker of the desk are its handset from now on, until
+  /// `ReleaseDesk`, the end of this sound, or another call's `UseDesk`. They are closed at any other time. Why they
+  /// can't be used is reported as `Trouble`; the call goes on without.
+  virtual void UseDesk() = 0;
+  /// Nothing happens when this call doesn't have the desk.
+  virtual void ReleaseDesk() = 0;
 };
 
 /// Makes the sound of calls. User interface thread only; outlives every `CallSound` it made.
