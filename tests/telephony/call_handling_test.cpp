@@ -31,6 +31,7 @@ TEST(CallHandling, TakesAUsualCallFromRingToListedMessage) {
   desk.sounds.Current()->FinishPlay();
   desk.Run();
   EXPECT_EQ(desk.Panel(1), "Recording call...");
+  EXPECT_FALSE(desk.sounds.Current()->HasDesk()) << "the microphone is none of the machine's";
   EXPECT_EQ(desk.form.Context.CurrentCall->RecordMark, 1);
   EXPECT_FALSE(desk.ToolbarEnabled(kCommandRecord));
   ASSERT_THAT(desk.Messages(), ElementsAre("Msg1511260907423.wav"));
@@ -239,6 +240,7 @@ TEST(CallHandling, DialsWithoutGreetingOrRecording) {
   call->FarEndAnswers();
   desk.Run();
   EXPECT_EQ(desk.Panel(2), "Connected");
+  EXPECT_TRUE(desk.sounds.Current()->HasDesk());
   EXPECT_EQ(desk.sounds.Current()->Playing(), "");
   EXPECT_THAT(desk.Messages(), IsEmpty());
   desk.form.StopRecord();

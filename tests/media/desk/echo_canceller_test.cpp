@@ -51,9 +51,9 @@ TEST(EchoCanceller, TakesOutTheEchoAndLeavesTheVoice) {
   const Samples voice = At(kDeskRate, Quiet(6) + Speech(-24, 6, 2));
   const Samples noise = At(kDeskRate, Noise(-65, 12));
   for (const int delay : {20, 60, 120, 200}) {
+    const Samples heard = Mix(Mix(ThroughTheRoom(far, delay), voice), noise);
     for (const int wrong_by : {0, -20, 20}) {
       SCOPED_TRACE(std::to_string(delay) + " ms, told wrong by " + std::to_string(wrong_by));
-      const Samples heard = Mix(Mix(ThroughTheRoom(far, delay), voice), noise);
       const Samples clean = Clean(far, heard, delay + wrong_by);
       const double before = LevelOf(Seconds(heard, kDeskRate, 3, 6));
       const double after = LevelOf(Seconds(clean, kDeskRate, 3, 6));
@@ -63,8 +63,6 @@ TEST(EchoCanceller, TakesOutTheEchoAndLeavesTheVoice) {
           Compare(Seconds(voice, kDeskRate, 7, 12), Seconds(clean, kDeskRate, 7, 12), kDeskRate / 50);
       EXPECT_GT(likeness.correlation, 0.75);
       EXPECT_NEAR(LevelOf(Seconds(clean, kDeskRate, 7, 12)), -24, 5);
-      if (HasFailure())
-        return;
     }
   }
 }
