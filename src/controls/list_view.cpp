@@ -35,6 +35,12 @@ void ListView::RemoveRow(std::size_t row) {
   Changed();
 }
 
+void ListView::RemoveRows(const std::function<bool(const ListRow& row)>& goes) {
+  ++shape_;
+  std::erase_if(rows_, goes);
+  Changed();
+}
+
 void ListView::Clear() {
   ++shape_;
   rows_.clear();

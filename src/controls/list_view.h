@@ -52,6 +52,8 @@ public:
   /// Adds a row at the end; the reference holds until the next change of the rows.
   ListRow& AddRow(std::vector<std::string> cells);
   void RemoveRow(std::size_t row);
+  /// Removes every row that `goes` holds for.
+  void RemoveRows(const std::function<bool(const ListRow& row)>& goes);
   void Clear();
   std::size_t RowCount() const { return rows_.size(); }
   ListRow& Row(std::size_t row) {
