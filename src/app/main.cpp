@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "address_books/separate_address_books.h"
 #include "app/stderr_journal.h"
 #include "app/system_clock.h"
 #include "core/program_paths.h"
@@ -16,9 +17,12 @@
 #include "drivers/lines_file.h"
 #include "drivers/sip/sip_driver.h"
 #include "media/media_sound.h"
+#include "media/pulse/pulse_desk_stream.h"
 #include "media/pulse/pulse_sound_output.h"
+#include "media/pulse/pulse_wave_image_player.h"
 #include "media/wave_device.h"
 #include "qt/form_factory.h"
+#include "qt/picture_file.h"
 #include "qt/qt_appearance.h"
 #include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
@@ -43,6 +47,11 @@ std::vector<std::string> PlacesFromEnvironment(const Surroundings& surroundings)
   return places;
 }
 
+/// The program that reads address books stands beside this one.
+std::string AddressBookReader(const std::string& executable) {
+  return (std::filesystem::path(executable).parent_path() / "kelmio-address-books").string();
+}
+
 } // namespace
 
 int Run(QApplication& application) {
@@ -63,22 +72,29 @@ int Run(QApplication& application) {
   QtWindows windows;
   QtMessageBoxes boxes;
   QtFolderPicker folder_picker;
+  QtFilePicker file_picker;
   QtFileClipboard file_clipboard;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
+  QtImageCodec images;
+  SeparateAddressBooks address_books(loop, AddressBookReader(executable));
   XdgAutoStart auto_start(XdgAutoStart::DefaultFolder(), PlacesFromEnvironment(surroundings));
   PulseSoundOutput sound_output(loop);
   WaveDevice mmc(timers, sound_output);
-  MediaSoundFactory sounds(loop);
+  PulseDeskStream desk(loop);
+  MediaSoundFactory sounds(loop, &desk);
+  PulseWaveImagePlayer wave_images;
   LineService lines(loop, sounds);
   LinesFile lines_file(app_path + "Lines.ini");
   lines.AddDriver(std::make_unique<SipDriver>(loop, ReadSipSettings(lines_file)));
 
   AppState app;
   Settings settings;
-  frmMain main_form({app,       settings,      loop,           timers,     clock,       registry, desktop,
-                     clipboard, tray,          auto_start,     mmc,        journal,     lines,    windows,
-                     boxes,     folder_picker, file_clipboard, appearance, link_opener, app_path, executable});
+  frmMain main_form({app,           settings,      loop,           timers,     clock,
+                     registry,      desktop,       clipboard,      tray,       auto_start,
+                     mmc,           journal,       lines,          windows,    boxes,
+                     folder_picker, file_picker,   file_clipboard, appearance, link_opener,
+                     images,        address_books, wave_images,    app_path,   executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

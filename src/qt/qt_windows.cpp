@@ -65,8 +65,9 @@ void TakeLayoutSize(const QWidget& window, Form& form) {
 } // namespace
 
 void QtWindows::ShowModal(Form& form, Form* owner) {
-  if (!shown_.insert(&form).second) {
-    if (QWidget* window = WindowOf(form)) {
+  const auto [shown, is_first] = shown_.emplace(form.Name(), &form);
+  if (!is_first) {
+    if (QWidget* window = WindowOf(*shown->second)) {
       window->raise();
       window->activateWindow();
     }
@@ -98,7 +99,7 @@ void QtWindows::ShowModal(Form& form, Form* owner) {
 
   delete window; // nothing when it has gone with its owner
   form.Visible = false;
-  shown_.erase(&form);
+  shown_.erase(shown);
 }
 
 } // namespace kelmio

@@ -1,20 +1,22 @@
 // Modal windows by their forms.
 #pragma once
 
-#include <set>
+#include <map>
+#include <string>
 
 #include "platform/dialogs.h"
 
 namespace kelmio {
 
-/// A form that is being shown already is brought to the front, and `ShowModal` returns at once. The end of the
+/// There is one window of a name at a time, so that the tray's menu can't open a second contact list over the first:
+/// the one that is being shown already is brought to the front, and `ShowModal` returns at once. The end of the
 /// program's loop ends every showing.
 class QtWindows : public Windows {
 public:
   void ShowModal(Form& form, Form* owner) override;
 
 private:
-  std::set<const Form*> shown_;
+  std::map<std::string, const Form*, std::less<>> shown_;
 };
 
 } // namespace kelmio

@@ -1,7 +1,5 @@
 #include "shell/frmMain.h"
 
-#include "core/mGeneral.h"
-#include "messages/frmOpen.h"
 #include "shell/command_table.h"
 
 namespace kelmio {
@@ -151,21 +149,6 @@ void frmMain::SetCallCount(const std::string& text) {
 
 void frmMain::PreviewMessage() {
   Preview.PreviewMessage();
-}
-
-void frmMain::OpenSelectedMessage() {
-  if (lvwCalls.SelectedRow() == 0)
-    return;
-  frmOpen open(message_list_, {house_.app, contacts_}, *this);
-  house_.windows.ShowModal(open, this);
-}
-
-void frmMain::OpenAddress(const std::string& address) {
-  mGeneral::ShellOpen(house_.link_opener, address, "Open", "", "", 0);
-}
-
-void frmMain::Dial(const std::string& number) {
-  house_.app.DialNumber = number;
 }
 
 void frmMain::PumpEvents() {

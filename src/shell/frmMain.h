@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "calls/call_windows.h"
+#include "calls/frmDialer.h"
 #include "calls/log/call_log.h"
 #include "contacts/store/contact_table.h"
 #include "controls/basic_controls.h"
@@ -23,13 +25,16 @@
 #include "messages/message_operations.h"
 #include "messages/playback.h"
 #include "messages/store/message_store.h"
+#include "platform/address_book.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/event_loop.h"
+#include "platform/image.h"
 #include "platform/journal.h"
 #include "platform/multimedia_device.h"
 #include "platform/registry_store.h"
+#include "platform/wave_image_player.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
 #include "telephony/call_monitor.h"
@@ -47,6 +52,8 @@ class frmMain : public Form,
                 private MessageOperationsHost,
                 private FolderHost,
                 private MessageLinks,
+                private CallLogWindows,
+                private DialerEngine,
                 private StartupHost {
 public:
   struct House {
@@ -66,9 +73,13 @@ public:
     Windows& windows;
     MessageBoxes& boxes;
     FolderPicker& folder_picker;
+    FilePicker& file_picker;
     FileClipboard& file_clipboard;
     Appearance& appearance;
     LinkOpener& link_opener;
+    ImageCodec& images;
+    AddressBooks& address_books;
+    WaveImagePlayer& wave_images;
     std::string app_path;   // the program's folder with a closing separator
     std::string executable; // full path
   };
@@ -138,10 +149,10 @@ public:
 
   void SetSystemStatus() override { system_.SetSystemStatus(); }
   void RestartSystem() { system_.RestartSystem(); }
-  void AnswerCall() { calls_.AnswerCall(); }
-  void DialCall(const std::string& number) { calls_.DialCall(number); }
-  void RecordCallManual() { calls_.RecordCallManual(); }
-  void StopRecord() { recording_.StopRecord(); }
+  void AnswerCall() override { calls_.AnswerCall(); }
+  void DialCall(const std::string& number) override { calls_.DialCall(number); }
+  void RecordCallManual() override { calls_.RecordCallManual(); }
+  void StopRecord() override { recording_.StopRecord(); }
   void RefreshMessageList() override { message_list_.RefreshMessageList(); }
 
   std::string_view Name() const override { return "frmMain"; }
@@ -173,6 +184,10 @@ private:
   // MessageLinks
   void OpenAddress(const std::string& address) override;
   void Dial(const std::string& number) override;
+
+  // CallLogWindows
+  void OpenContactEditor(Form& owner) override;
+  void OpenDialer(Form& owner) override;
 
   // StartupHost
   void PlaceWindow() override;
@@ -210,6 +225,11 @@ private:
   void tmrLoaded_Timer();
   void tmrHide_Timer();
   void OpenSelectedMessage();
+  void OpenContacts();
+  void OpenCallLog();
+  void ShowDialer(Form* owner, frmDialer::Place place);
+  void AddToContacts();
+  void EditContact();
   bool SelectedCallerIsContact() const;
   void ShowMessagePopup();
   void SetDefaultVisualTheme(int theme);

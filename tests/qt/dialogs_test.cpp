@@ -168,11 +168,14 @@ TEST_F(QtWindowsTest, ShowsTheFormOverItsOwnerUntilItHides) {
   EXPECT_THAT(form_.told, ElementsAre("ok", "esc", "unload"));
 }
 
-TEST_F(QtWindowsTest, AFormThatIsShownAlreadyIsNotShownTwice) {
+TEST_F(QtWindowsTest, AWindowThatIsShownAlreadyIsNotShownTwice) {
   int rounds = 0;
   Show([&](QWidget& window) {
     ++rounds;
     windows_.ShowModal(form_, nullptr);
+    NameWindow second;
+    windows_.ShowModal(second, nullptr);
+    EXPECT_FALSE(second.Visible);
     EXPECT_TRUE(window.isVisible());
     form_.Visible = false;
   });

@@ -6,6 +6,8 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "contacts/frmContact.h"
+#include "contacts/frmContacts.h"
 #include "messages/folder_name_window.h"
 #include "messages/frmFolderPicker.h"
 #include "qt/binder.h"
@@ -44,16 +46,23 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   frmRenameMsgFolder rename("old", take);
   ExpectALayout(rename);
 
-  int opened = 0;
+  std::vector<std::string> opened;
   desk.windows.use = [&](Form& form) {
-    ++opened;
-    EXPECT_EQ(form.Name(), "frmOpen");
+    opened.emplace_back(form.Name());
     ExpectALayout(form);
+    if (auto* contacts = dynamic_cast<frmContacts*>(&form))
+      for (const int id : {command::kContactAdd, command::kContactImport})
+        contacts->CommandBars1.Execute(id);
+    if (auto* editor = dynamic_cast<frmContact*>(&form))
+      ExpectALayout(editor->Page);
   };
   const std::uint64_t key = desk.form.lvwCalls.AddRow({"1"}).key;
   desk.form.lvwCalls.SetSelection({key}, key);
   desk.form.lvwCalls.DblClick();
-  EXPECT_EQ(opened, 1);
+  for (const int id : {command::kContacts, command::kCalls, command::kDialer})
+    desk.form.ExecuteCommand(id);
+  EXPECT_THAT(opened,
+              testing::ElementsAre("frmOpen", "frmContacts", "frmContact", "frmImport", "frmCallLog", "frmDialer"));
 }
 
 TEST(FormsTest, AllButtonsOfTheToolBarStandInTheWindow) {

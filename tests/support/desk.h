@@ -103,12 +103,18 @@ struct Desk {
   FakeWindows windows;
   FakeMessageBoxes boxes;
   FakeFolderPicker folder_picker;
+  FakeFilePicker file_picker;
   FakeFileClipboard file_clipboard;
   FakeAppearance appearance;
   FakeLinkOpener link_opener;
-  frmMain form{{app,       settings,      loop,           loop,       loop,        registry,    desktop,
-                clipboard, tray,          auto_start,     mmc,        journal,     lines,       windows,
-                boxes,     folder_picker, file_clipboard, appearance, link_opener, home.Path(), "/opt/kelmio/kelmio"}};
+  FakeImageCodec images;
+  FakeAddressBooks address_books;
+  FakeWaveImagePlayer wave_images;
+  frmMain form{{app,           settings,      loop,           loop,        loop,
+                registry,      desktop,       clipboard,      tray,        auto_start,
+                mmc,           journal,       lines,          windows,     boxes,
+                folder_picker, file_picker,   file_clipboard, appearance,  link_opener,
+                images,        address_books, wave_images,    home.Path(), "/opt/kelmio/kelmio"}};
 };
 
 } // namespace kelmio::test
