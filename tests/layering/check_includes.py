@@ -13,7 +13,7 @@ LEVELS = (
     ("controls",),
     ("core",),
     ("telephony/tapi_control",),
-    ("drivers", "media"),
+    ("drivers", "media", "address_books", "address_books/readers"),
     ("messages/store", "contacts/store", "calls/log"),
     ("telephony",),
     ("messages", "contacts", "calls", "settings_ui"),
@@ -35,6 +35,9 @@ LIBRARIES = (
     ("a sound library", re.compile(r"(sndfile|spandsp|samplerate|soxr|opus)\b"), ("media", "drivers/sip")),
     ("the echo canceller", re.compile(r"webrtc/"), ("media",)),
     ("the sound system", re.compile(r"(pulse|alsa)/"), ("media",)),
+    ("a library for address books", re.compile(r"(libebook|libebook-contacts|libedataserver)/|csv\.h"),
+     ("address_books/readers",)),
+    ("GLib", re.compile(r"(glib|gio|gobject)(/|\.h|-)"), ("address_books/readers",)),
     ("X11 or D-Bus", re.compile(r"(X11|xcb|dbus)/"), ("qt", "app")),
 )
 

@@ -13,6 +13,7 @@ SOUND = (
     ("drivers/sip/line.cpp", '"drivers/lines_ini.h"'),
     ("drivers/sip/line.cpp", "<re.h>"),
     ("media/wave.cpp", "<sndfile.h>"),
+    ("address_books/readers/card.cpp", "<libebook/libebook.h>"),
     ("media/pulse/stream.cpp", "<pulse/stream.h>"),
     ("qt/bind.cpp", "<QWidget>"),
     ("fakes/line.h", '"telephony/tapi_control/line_driver.h"'),
@@ -35,6 +36,9 @@ BROKEN = (
     ("telephony/call.cpp", '"sndfile.h"'),
     ("qt/sound.cpp", "<pulse/stream.h>"),
     ("core/settings.cpp", '"mIni.h"'),
+    ("address_books/books.cpp", "<glib.h>"),
+    ("address_books/books.cpp", '"address_books/readers/card.h"'),
+    ("app/main.cpp", "<csv.h>"),
     ("attic/old.cpp", "<vector>"),
 )
 
