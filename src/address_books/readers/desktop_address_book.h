@@ -13,7 +13,8 @@ namespace kelmio {
 bool DesktopServiceAnswers(std::chrono::milliseconds patience);
 
 /// Hands over the contacts of all address books that are switched on. One that doesn't answer within some seconds is
-/// left out. `alive` is called between the address books. False when the service itself doesn't answer.
+/// left out. `alive` is called between the address books. False when the service isn't there. The library can't be
+/// called back from a service that hangs as a whole, so this may not return: the other end of the pipe has a limit.
 bool ReadDesktopAddressBooks(const ItemSink& take, const std::function<void()>& alive);
 
 } // namespace kelmio
