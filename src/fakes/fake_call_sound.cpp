@@ -46,11 +46,12 @@ std::string SecondOfSilence() {
 } // namespace
 
 FakeCallSound::FakeCallSound(FakeSoundFactory& factory, CallSoundEvents& events)
-    : factory_(factory), events_(std::make_shared<CallSoundEvents*>(&events)), port_(std::make_shared<SilentPort>()) {}
+    : factory_(factory), current_(factory.current_), events_(std::make_shared<CallSoundEvents*>(&events)),
+      port_(std::make_shared<SilentPort>()) {}
 
 FakeCallSound::~FakeCallSound() {
-  if (factory_.current_ == this)
-    factory_.current_ = nullptr;
+  if (*current_ == this)
+    *current_ = nullptr;
 }
 
 bool FakeCallSound::Play(const std::string& path) {
@@ -127,7 +128,7 @@ void FakeCallSound::Report(std::function<void(CallSoundEvents&)> report) {
 
 std::unique_ptr<CallSound> FakeSoundFactory::Create(CallSoundEvents& events) {
   auto sound = std::make_unique<FakeCallSound>(*this, events);
-  current_ = sound.get();
+  *current_ = sound.get();
   return sound;
 }
 

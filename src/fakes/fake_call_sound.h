@@ -47,7 +47,8 @@ public:
 private:
   void Report(std::function<void(CallSoundEvents&)> report);
 
-  FakeSoundFactory& factory_;
+  FakeSoundFactory& factory_; // may go before the sound does, which then is only destroyed
+  std::shared_ptr<FakeCallSound*> current_;
   std::shared_ptr<CallSoundEvents*> events_;
   std::shared_ptr<SoundPort> port_;
   std::string playing_;
@@ -64,7 +65,7 @@ public:
   bool CanRecord(const WaveFormatRecord& format) const override { return format.format_tag != unsupported_tag; }
 
   /// The sound made last; nothing when it is gone.
-  FakeCallSound* Current() { return current_; }
+  FakeCallSound* Current() { return *current_; }
   EventLoop& Loop() { return loop_; }
 
   /// Recording fails, as on a full disk.
@@ -77,7 +78,7 @@ public:
 private:
   friend class FakeCallSound;
   EventLoop& loop_;
-  FakeCallSound* current_ = nullptr;
+  std::shared_ptr<FakeCallSound*> current_ = std::make_shared<FakeCallSound*>(nullptr);
 };
 
 } // namespace kelmio

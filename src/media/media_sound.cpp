@@ -9,9 +9,8 @@ namespace {
 
 class MediaSound : public CallSound, private Desk::User {
 public:
-  /// `desk` outlives the sound; null where there is none.
-  MediaSound(EventLoop& loop, Desk* desk, CallSoundEvents& events)
-      : desk_(desk), target_(std::make_shared<ReportTarget>(ReportTarget{events})), reporter_(loop, target_),
+  MediaSound(EventLoop& loop, std::shared_ptr<Desk> desk, CallSoundEvents& events)
+      : desk_(std::move(desk)), target_(std::make_shared<ReportTarget>(ReportTarget{events})), reporter_(loop, target_),
         port_(std::make_shared<CallPort>(reporter_)) {}
 
   ~MediaSound() override {
@@ -105,7 +104,7 @@ private:
     reporter_.Post([text = std::move(text)](ReportTarget& target) { target.events.Trouble(text); });
   }
 
-  Desk* const desk_;
+  const std::shared_ptr<Desk> desk_;
   std::shared_ptr<ReportTarget> target_;
   Reporter reporter_;
   std::shared_ptr<CallPort> port_;
@@ -117,7 +116,7 @@ private:
 } // namespace
 
 std::unique_ptr<CallSound> MediaSoundFactory::Create(CallSoundEvents& events) {
-  return std::make_unique<MediaSound>(loop_, desk_ ? &*desk_ : nullptr, events);
+  return std::make_unique<MediaSound>(loop_, desk_, events);
 }
 
 bool MediaSoundFactory::CanRecord(const WaveFormatRecord& format) const {

@@ -1,7 +1,7 @@
 // Makes the sound of calls: one for each call, on its own files and thread.
 #pragma once
 
-#include <optional>
+#include <memory>
 
 #include "media/desk/desk.h"
 #include "media/desk_stream.h"
@@ -31,15 +31,22 @@ public:
   /// `desk` outlives the factory; without one, `UseDesk` does nothing.
   explicit MediaSoundFactory(EventLoop& loop, DeskStream* desk = nullptr) : loop_(loop) {
     if (desk != nullptr)
-      desk_.emplace(*desk);
+      desk_ = std::make_shared<Desk>(*desk);
   }
+  /// A sound that is left, in a closure that never ran, has no desk any more.
+  ~MediaSoundFactory() override {
+    if (desk_ != nullptr)
+      desk_->Close();
+  }
+  MediaSoundFactory(const MediaSoundFactory&) = delete;
+  MediaSoundFactory& operator=(const MediaSoundFactory&) = delete;
 
   std::unique_ptr<CallSound> Create(CallSoundEvents& events) override;
   bool CanRecord(const WaveFormatRecord& format) const override;
 
 private:
   EventLoop& loop_;
-  std::optional<Desk> desk_;
+  std::shared_ptr<Desk> desk_; // shared with the sounds; null where there is none
 };
 
 } // namespace kelmio

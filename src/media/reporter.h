@@ -25,6 +25,9 @@ public:
 
   /// Runs `report(ReportTarget&)` later, in the order of posting.
   template <typename Report> void Post(Report report) const {
+    // A sound can end with the loop itself, in a closure that never ran.
+    if (target_.expired())
+      return;
     loop_->Post([target = target_, report = std::move(report)]() mutable {
       if (const auto present = target.lock())
         report(*present);

@@ -21,17 +21,19 @@ public:
     virtual void DeskTaken() = 0;
   };
 
-  /// `stream` outlives the desk.
-  explicit Desk(DeskStream& stream) : stream_(stream) {}
+  /// `stream` stays until `Close`.
+  explicit Desk(DeskStream& stream) : stream_(&stream) {}
 
-  /// Opens the stream for `user`, who releases the desk before it ends. Nothing when it has the desk already.
-  /// `trouble` as in `DeskStream::Start`.
+  /// Opens the stream for `user`, who releases the desk before it ends. Nothing when it has the desk already, and when
+  /// the desk is closed. `trouble` as in `DeskStream::Start`.
   std::shared_ptr<DeskHandset> Take(User& user, std::function<void(const std::string&)> trouble);
   /// Nothing happens when `user` doesn't have the desk.
   void Release(const User& user);
+  /// Takes the desk from whoever has it, for good: the stream may go.
+  void Close();
 
 private:
-  DeskStream& stream_;
+  DeskStream* stream_; // nothing once closed
   User* user_ = nullptr;
 };
 

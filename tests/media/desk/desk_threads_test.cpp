@@ -80,8 +80,13 @@ TEST_F(DeskSound, ASecondCallTakesTheDeskFromTheFirst) {
   EXPECT_NE(stream_.client, nullptr) << "it isn't the first call's any more";
   second.reset();
   EXPECT_EQ(stream_.client, nullptr);
+  auto factory = std::make_unique<MediaSoundFactory>(loop_, &stream_);
+  const auto left_over = factory->Create(*this);
+  left_over->UseDesk();
+  factory.reset();
+  EXPECT_EQ(stream_.client, nullptr) << "nobody has the microphone when the program ends";
   sound_->UseDesk(); // made with no desk
-  EXPECT_EQ(stream_.starts, 2);
+  EXPECT_EQ(stream_.starts, 3);
 }
 
 } // namespace
