@@ -1,6 +1,7 @@
 """The real program, started with no display and a home of its own, and what it leaves on disk."""
 import os
 import pathlib
+import random
 import shutil
 import signal
 import socket
@@ -41,15 +42,16 @@ def eventually(condition, what, timeout=15):
 
 
 def free_port():
-    """A port of the loopback that neither UDP nor TCP uses."""
+    """A port of the loopback that neither UDP nor TCP uses, below those that the system hands out by itself."""
     while True:
+        address = ("127.0.0.1", random.randrange(20000, 32000, 2))
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
-            udp.bind(("127.0.0.1", 0))
             try:
-                tcp.bind(udp.getsockname())
+                udp.bind(address)
+                tcp.bind(address)
             except OSError:
                 continue
-            return udp.getsockname()[1]
+            return address[1]
 
 
 def read_ini(path):
@@ -121,16 +123,19 @@ class Home:
 
 
 class Program:
-    """One run of the program on `home`. `log` is what it said, line by line."""
+    """One run of the program on `home`. `log` is what it said, line by line.
 
-    def __init__(self, home, ring_period=500, port=None, expect=WAITING):
+    `surroundings` are variables of the environment beside those of the home.
+    """
+
+    def __init__(self, home, ring_period=500, port=None, expect=WAITING, surroundings=None):
         self.home = home
         self.port = port or free_port()
         home.set_line(self.port, ring_period)
         self.log = []
         self._news = threading.Condition()
         self._process = subprocess.Popen(
-            [PROGRAM], env=home.environment(), stdin=subprocess.DEVNULL,
+            [PROGRAM], env=home.environment() | (surroundings or {}), stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
