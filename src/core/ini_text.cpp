@@ -31,6 +31,14 @@ bool CanNameKey(std::string_view name) {
          !name.starts_with(';');
 }
 
+/// How often each name is given; names are equal as in the file.
+std::unordered_map<std::string, std::size_t> CountNames(const std::vector<std::string>& names) {
+  std::unordered_map<std::string, std::size_t> counts;
+  for (const std::string& name : names)
+    ++counts[AsciiLower(TrimIniBlanks(name))];
+  return counts;
+}
+
 std::string OnOneLine(std::string_view value) {
   std::string result(value);
   std::replace_if(
@@ -115,18 +123,31 @@ void IniText::AppendSection(std::string_view section, const std::vector<std::pai
   }
 }
 
-void IniText::DeleteKey(std::string_view section, std::string_view key) {
+void IniText::DeleteKeys(std::string_view section, const std::vector<std::string>& keys) {
   const std::optional<SectionPlace> place = FindSection(section);
   if (!place)
     return;
-  if (const std::optional<IniLine> line = FindKey(*place, key))
-    Replace(line->begin, line->next, {});
+  std::unordered_map<std::string, std::size_t> wanted = CountNames(keys);
+  std::string kept;
+  std::size_t kept_to = place->keys_begin;
+  for (std::size_t at = place->keys_begin; at < place->keys_end;) {
+    const IniLine line = ReadIniLine(text_, at);
+    at = line.next;
+    if (line.kind != IniLineKind::Key)
+      continue;
+    const auto found = wanted.find(AsciiLower(line.name));
+    if (found == wanted.end() || found->second == 0)
+      continue;
+    --found->second;
+    kept.append(text_, kept_to, line.begin - kept_to);
+    kept_to = line.next;
+  }
+  if (kept_to > place->keys_begin)
+    Replace(place->keys_begin, kept_to, kept);
 }
 
 void IniText::DeleteSections(const std::vector<std::string>& sections) {
-  std::unordered_map<std::string, std::size_t> wanted;
-  for (const std::string& section : sections)
-    ++wanted[AsciiLower(TrimIniBlanks(section))];
+  std::unordered_map<std::string, std::size_t> wanted = CountNames(sections);
   std::string kept;
   std::size_t kept_to = 0;
   bool deleting = false;

@@ -36,9 +36,10 @@ public:
   void AppendSection(std::string_view section, const std::vector<std::pair<std::string, std::string>>& keys);
 
   /// Removes a key's line, or a section from its header to its last key; comments behind that stay.
-  void DeleteKey(std::string_view section, std::string_view key);
+  void DeleteKey(std::string_view section, std::string_view key) { DeleteKeys(section, {std::string(key)}); }
   void DeleteSection(std::string_view section) { DeleteSections({std::string(section)}); }
-  /// As many deletions in one walk over the text. A name that is given twice takes two sections of that name.
+  /// As many deletions in one walk over the text. A name that is given twice takes two keys or sections of that name.
+  void DeleteKeys(std::string_view section, const std::vector<std::string>& keys);
   void DeleteSections(const std::vector<std::string>& sections);
 
 private:

@@ -25,7 +25,7 @@ std::string ContactLookup::Field(const std::string& contact, const char* key) co
 }
 
 std::string ContactLookup::PhotoOf(const std::string& contact) const {
-  const std::string path = app.PhotosFolder + "/" + contact + ".bmp";
+  const std::string path = ContactPhotoFile(app.PhotosFolder, contact);
   return mGeneral::FileExists(path) ? path : std::string();
 }
 

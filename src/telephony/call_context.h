@@ -8,6 +8,9 @@
 
 namespace kelmio {
 
+/// What stands for a name or number that isn't known.
+inline constexpr const char* kUnknown = "Unknown";
+
 /// Shared by the main window's call subjects and the windows that show the call. User interface thread only.
 struct CallContext {
   std::shared_ptr<TAPILine> CurrentLine; // the open line, or nothing

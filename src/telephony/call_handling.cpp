@@ -7,7 +7,6 @@ namespace kelmio {
 
 namespace {
 
-constexpr const char* kUnknown = "Unknown";
 /// The ring at which a call that brought no number counts as one from an unknown caller.
 constexpr int kFallbackRing = 2;
 constexpr long kAcceptOption = 2;

@@ -8,7 +8,6 @@ namespace kelmio {
 
 namespace {
 
-constexpr const char* kUnknown = "Unknown";
 constexpr long kNoLengthLimit = 2147483646;
 
 } // namespace

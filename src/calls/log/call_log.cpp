@@ -63,10 +63,7 @@ void CallLog::DeleteEntry(const std::string& key) {
 }
 
 void CallLog::DeleteEntries(const std::vector<std::string>& keys) {
-  const bool written = mIni::IniChange(file_, [&](IniText& text) {
-    for (const std::string& key : keys)
-      text.DeleteKey(kSection, key);
-  });
+  const bool written = mIni::IniChange(file_, [&](IniText& text) { text.DeleteKeys(kSection, keys); });
   if (!written)
     trouble_(NotWritten(file_));
 }
