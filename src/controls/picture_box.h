@@ -1,6 +1,7 @@
 // A box that shows a picture stretched to its whole size.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "controls/basic_controls.h"
@@ -18,6 +19,8 @@ public:
   /// A picture drawn into the box; it stands before `Picture` while it isn't empty.
   Property<Image> Drawing{*this};
   Property<Color> BackColor{*this, 0xFFFFFF};
+
+  std::function<void()> Click = [] {};
 
   /// The file of `Picture` has another content now.
   void Reload() { Changed(); }

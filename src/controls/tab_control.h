@@ -1,6 +1,7 @@
 // Pages behind tabs, each with a form inside.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,7 +11,7 @@ namespace kelmio {
 
 class Form;
 
-/// User interface thread only. The forms outlive the control.
+/// User interface thread only. The forms outlive the control. A control without pages shows the tabs of its layout.
 class TabControl : public Control {
 public:
   struct Page {
@@ -19,6 +20,9 @@ public:
   };
 
   Property<int> Selected{*this}; // from 0
+
+  /// The user chose another tab; `Selected` is that one already.
+  std::function<void()> Click = [] {};
 
   void AddPage(std::string caption, Form& form) {
     pages_.push_back({std::move(caption), &form});

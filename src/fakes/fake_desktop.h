@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "platform/address_book.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/hot_keys.h"
 #include "platform/image.h"
 #include "platform/multimedia_device.h"
 #include "platform/registry_store.h"
@@ -70,6 +72,7 @@ public:
   void SetFrom(long position) override { from = position; }
   void SetUpdateInterval(int interval) override { update_interval = interval; }
   void Command(std::string_view word) override { commands.emplace_back(word); }
+  MultimediaMode Mode() const override { return mode; }
   long Length() const override { return length_ms; }
   long Position() const override { return position_ms; }
 
@@ -78,6 +81,7 @@ public:
   std::vector<std::string> commands;
   long from = 0;
   int update_interval = 0;
+  MultimediaMode mode = MultimediaMode::NotReady;
   long length_ms = 1000;
   long position_ms = 0;
 };
@@ -126,6 +130,40 @@ public:
   }
   std::vector<Asked> asked;
   std::string choice;
+};
+
+class FakeColorPicker : public ColorPicker {
+public:
+  std::optional<std::int32_t> PickColor(std::int32_t initial) override {
+    initials.push_back(initial);
+    return choice;
+  }
+  std::vector<std::int32_t> initials;
+  std::optional<std::int32_t> choice;
+};
+
+/// Keys are registered by their numbers; a taken one is refused.
+class FakeHotKeys : public HotKeys {
+public:
+  bool RegisterHotKey(int id, int modifiers, int key_code) override {
+    calls.push_back({id, modifiers, key_code});
+    if (!taken)
+      registered.insert(id);
+    return !taken;
+  }
+  bool UnregisterHotKey(int id) override {
+    unregistered.push_back(id);
+    return registered.erase(id) != 0;
+  }
+  struct Call {
+    int id;
+    int modifiers;
+    int key_code;
+  };
+  bool taken = false;
+  std::set<int> registered;
+  std::vector<Call> calls;
+  std::vector<int> unregistered;
 };
 
 class FakeFileClipboard : public FileClipboard {

@@ -114,4 +114,10 @@ void WaveDevice::RunStatusTimer() {
     status_timer_ = timers_.Start(std::chrono::milliseconds(interval_ms_), [this] { StatusUpdate(); });
 }
 
+MultimediaMode WaveDevice::Mode() const {
+  if (!open_)
+    return MultimediaMode::NotReady;
+  return playing_ && Position() < length_ ? MultimediaMode::Playing : MultimediaMode::Stopped;
+}
+
 } // namespace kelmio

@@ -27,6 +27,7 @@ public:
   void SetFrom(long position) override { from_ = position; }
   void SetUpdateInterval(int interval) override;
   void Command(std::string_view word) override;
+  MultimediaMode Mode() const override;
   long Length() const override { return length_; }
   long Position() const override;
 

@@ -1,6 +1,8 @@
 // Boxes, pickers and modal windows, and what else the windows ask of the desktop.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,14 @@ public:
   /// Full path of an existing file, or empty text when the user gives up. `filter` is pairs of a description and
   /// patterns joined by ";", all joined by "|"; what has no counterpart at its end is left out.
   virtual std::string OpenFile(const std::string& title, const std::string& filter) = 0;
+};
+
+/// User interface thread only. Pending events run while it is open.
+class ColorPicker {
+public:
+  virtual ~ColorPicker() = default;
+  /// Nothing when the user gives up. Colours have red in the lowest byte.
+  virtual std::optional<std::int32_t> PickColor(std::int32_t initial) = 0;
 };
 
 /// Files on the clipboard, as file managers paste them. User interface thread only.

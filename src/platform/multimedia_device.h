@@ -7,6 +7,9 @@
 
 namespace kelmio {
 
+/// What the device does at present, by the numbers of the Media Control Interface.
+enum class MultimediaMode { NotReady = 524, Stopped = 525, Playing = 526, Recording = 527 };
+
 /// One wave device of the computer, not of the telephone line. User interface thread only; no call blocks
 /// and none throws. A command that has nothing to act on does nothing. Times are milliseconds.
 class MultimediaDevice {
@@ -22,9 +25,14 @@ public:
   /// Time between two status events while a file is open; 0 for none.
   virtual void SetUpdateInterval(int interval) = 0;
 
-  /// "Open", "Play", "Stop" or "Close", without regard to case; other words are ignored. "Play" returns at once.
-  /// Opening a file that can't be read leaves the device closed.
+  /// "Open", "Play", "Stop", "Record", "Save" or "Close", without regard to case; other words are ignored. "Play" and
+  /// "Record" return at once. Opening a file that can't be read leaves the device closed for playing.
+  /// "Record" takes down what the microphone hears, for the file that was named before "Open", whether there is one or
+  /// not. That file is replaced, as a whole, by "Save"; "Close" without it gives the recording up.
   virtual void Command(std::string_view word) = 0;
+
+  /// Not ready while nothing is open.
+  virtual MultimediaMode Mode() const = 0;
 
   /// Length of the open file; 0 when nothing is open or the file can't be read.
   virtual long Length() const = 0;
@@ -36,7 +44,10 @@ public:
 
   /// Raised at each update interval while a file is open.
   std::function<void()> StatusUpdate = [] {};
-  /// A plain word for the status pane: the sound device is gone, a file can't be played.
+  /// How loud the microphone is while the device records, some ten times a second: 0 for silence to 100 for the
+  /// loudest.
+  std::function<void(int percent)> RecordLevel = [](int) {};
+  /// A plain word for the status pane: the sound device is gone, a file can't be played, there is no microphone.
   std::function<void(const std::string&)> Trouble = [](const std::string&) {};
 };
 

@@ -83,8 +83,10 @@ private:
 class TabsBinding : public ControlBinding {
 public:
   TabsBinding(QTabWidget& widget, TabControl& model) : ControlBinding(model, widget), widget_(widget), model_(model) {
-    connect(&widget, &QTabWidget::currentChanged, this,
-            [this](int index) { Write([this, index] { model_.Selected = index; }); });
+    connect(&widget, &QTabWidget::currentChanged, this, [this](int index) {
+      if (Write([this, index] { model_.Selected = index; }))
+        RunHandler([this] { model_.Click(); });
+    });
   }
 
 protected:
