@@ -178,12 +178,17 @@ private:
 
   void ShowSelection() {
     QItemSelectionModel& selection = *widget_.selectionModel();
+    // In runs of rows: the toolkit takes the square of the number of pieces.
     QItemSelection wanted;
-    for (std::size_t row = 0; row < rows_->Rows().size(); ++row)
-      if (rows_->Rows()[row].selected) {
-        const int at = static_cast<int>(row);
-        wanted.select(rows_->index(at, 0), rows_->index(at, std::max(0, rows_->columnCount() - 1)));
-      }
+    const auto& rows = rows_->Rows();
+    const int last_column = std::max(0, rows_->columnCount() - 1);
+    for (auto row = rows.begin(); row != rows.end();) {
+      const auto first = std::find_if(row, rows.end(), [](const ListRow& each) { return each.selected; });
+      row = std::find_if(first, rows.end(), [](const ListRow& each) { return !each.selected; });
+      if (first != row)
+        wanted.select(rows_->index(static_cast<int>(first - rows.begin()), 0),
+                      rows_->index(static_cast<int>(row - rows.begin()) - 1, last_column));
+    }
     selection.select(wanted, QItemSelectionModel::ClearAndSelect);
     if (const std::size_t current = model_.SelectedRow(); current != 0)
       selection.setCurrentIndex(rows_->index(static_cast<int>(current) - 1, 0), QItemSelectionModel::NoUpdate);

@@ -73,6 +73,21 @@ TEST_F(ListBindingTest, TakesNewRowsAtTheEndAndStillSeesEveryOtherChange) {
   EXPECT_FALSE(window_.list->header()->isSortIndicatorShown());
 }
 
+TEST_F(ListBindingTest, SelectsTensOfThousandsOfRowsWithoutWaiting) {
+  constexpr int kMany = 50000; // row by row the toolkit would take many minutes
+  Fill(kMany);
+  std::vector<std::uint64_t> keys;
+  for (const ListRow& row : list_.Rows())
+    if (keys.size() != 3) // all but the fourth
+      keys.push_back(row.key);
+    else
+      keys.push_back(0);
+  list_.SetSelection(keys, keys.front());
+  Settle();
+  EXPECT_EQ(window_.list->selectionModel()->selectedRows().size(), kMany - 1);
+  EXPECT_EQ(Selected().size(), static_cast<std::size_t>(kMany - 1));
+}
+
 TEST_F(ListBindingTest, ShowsCellsFontAndColours) {
   list_.Row(2).bold = true;
   list_.Row(2).text_color = 0x0000FF; // red
