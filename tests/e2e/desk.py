@@ -63,6 +63,10 @@ class Screen:
             self._xdotool("key", "--clearmodifiers", key)
             time.sleep(0.05)
 
+    def click(self, window, x, y):
+        """At a place inside the window, in pixels."""
+        self._xdotool("mousemove", "--window", window, str(x), str(y), "click", "1")
+
     def type(self, text):
         self._xdotool("type", "--delay", "20", text)
 

@@ -2,6 +2,7 @@
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import socket
@@ -100,6 +101,12 @@ class Home:
     def set_line(self, port, ring_period):
         (self.path / "Lines.ini").write_text(
             f"[SIP]\r\nListen=127.0.0.1:{port}\r\nRingPeriod={ring_period}\r\n", newline="")
+
+    def setting(self, name):
+        """A setting as it is stored; nothing for one that has its default."""
+        text = (self._folder / "registry.reg").read_bytes().decode("utf-8", "replace")
+        found = re.search(rf'^"{name}"="(.*)"\r?$', text, re.MULTILINE)
+        return found.group(1) if found else None
 
     def messages(self):
         """The index of the inbox."""
