@@ -59,6 +59,10 @@ std::string LinesFile::Read(std::string_view section, std::string_view key) cons
   return mIni::IniRead(section, key, path_);
 }
 
+bool LinesFile::Write(std::string_view section, const std::vector<std::pair<std::string, std::string>>& values) const {
+  return mIni::IniWriteSection(section, values, path_);
+}
+
 long LinesFile::DeviceNumber(std::string_view line_name) {
   EnsureSection(kNumbersSection, kNumbersText);
   // A number belongs to the first line that bears it, so that a file edited by hand can't give two lines one.

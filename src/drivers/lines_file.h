@@ -3,6 +3,8 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kelmio {
 
@@ -22,6 +24,9 @@ public:
 
   /// The value, empty when there is none.
   std::string Read(std::string_view section, std::string_view key) const;
+
+  /// Writes keys with their values, as one change. All else in the file stays as it is. False when it can't be written.
+  bool Write(std::string_view section, const std::vector<std::pair<std::string, std::string>>& values) const;
 
   /// The number that the line `line_name` has had since it was first seen; a new line gets the next free one.
   /// Never negative.

@@ -17,6 +17,18 @@ constexpr int kWidebandBitRate = 64000;
 
 } // namespace
 
+const char* NameOf(AudioCoding coding) {
+  switch (coding) {
+  case AudioCoding::Pcmu:
+    return "PCMU";
+  case AudioCoding::Pcma:
+    return "PCMA";
+  case AudioCoding::G722:
+    return "G722";
+  }
+  return "";
+}
+
 struct AudioCodec::Wideband {
   Wideband()
       : encoder(g722_encode_init(nullptr, kWidebandBitRate, 0)),

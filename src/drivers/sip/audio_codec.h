@@ -1,6 +1,7 @@
 // The codings of sound on the line: G.711 and G.722, each 64 kilobits a second.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -9,6 +10,12 @@
 namespace kelmio {
 
 enum class AudioCoding : std::uint8_t { Pcmu, Pcma, G722 };
+
+/// In order of preference, wideband first.
+inline constexpr std::array kAllCodings{AudioCoding::G722, AudioCoding::Pcma, AudioCoding::Pcmu};
+
+/// The name by which peers know the coding (RFC 3551 section 6).
+const char* NameOf(AudioCoding coding);
 
 /// Static payload types (RFC 3551 section 6).
 namespace payload_type {

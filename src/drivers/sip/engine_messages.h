@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 
@@ -15,11 +16,12 @@ using SipCallNumber = std::uint64_t;
 
 /// From the user interface thread to the engine.
 struct SipCommand {
-  enum class Kind { Answer, Hangup, SetSoundPort, Dial, Quit };
+  enum class Kind { Answer, Hangup, SetSoundPort, Dial, Quit, QuitIfIdle };
   Kind kind = Kind::Quit;
   SipCallNumber call = 0;
   std::string text{};                // what to dial
   std::shared_ptr<SoundPort> port{}; // for `SetSoundPort`
+  std::promise<bool> quits{};        // told by `QuitIfIdle`
 };
 
 /// From the engine to the user interface thread.

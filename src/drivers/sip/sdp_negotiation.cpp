@@ -8,15 +8,17 @@ namespace {
 
 constexpr char kTelephoneEvent[] = "telephone-event";
 
-struct OfferedCoding {
-  const char* id;
-  const char* name;
-  AudioCoding coding;
-};
-// In order of preference, wideband first. G.722 names a clock of 8000 for historical reasons (RFC 3551 4.5.2).
-constexpr std::array kCodings = {OfferedCoding{"9", "G722", AudioCoding::G722},
-                                 OfferedCoding{"8", "PCMA", AudioCoding::Pcma},
-                                 OfferedCoding{"0", "PCMU", AudioCoding::Pcmu}};
+const char* StaticTypeOf(AudioCoding coding) {
+  switch (coding) {
+  case AudioCoding::Pcmu:
+    return "0";
+  case AudioCoding::Pcma:
+    return "8";
+  case AudioCoding::G722:
+    return "9";
+  }
+  return "";
+}
 
 std::optional<AudioCoding> StaticCoding(int type) {
   switch (type) {
@@ -35,9 +37,9 @@ std::optional<AudioCoding> StaticCoding(int type) {
 std::optional<AudioCoding> CodingOfFormat(const sdp_format& format) {
   if (!format.name)
     return StaticCoding(format.pt);
-  for (const OfferedCoding& known : kCodings)
-    if (str_casecmp(format.name, known.name) == 0)
-      return known.coding;
+  for (const AudioCoding known : kAllCodings)
+    if (str_casecmp(format.name, NameOf(known)) == 0)
+      return known;
   return std::nullopt;
 }
 
@@ -48,7 +50,7 @@ std::optional<AudioCoding> MediaTerms::CodingOf(int type) const {
                                                                : std::nullopt;
 }
 
-std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local) {
+std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local, const std::vector<AudioCoding>& codings) {
   std::unique_ptr<SdpNegotiation> sdp(new SdpNegotiation);
   sdp_session* session = nullptr;
   if (sdp_session_alloc(&session, &local) != 0)
@@ -57,9 +59,10 @@ std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local) {
   if (sdp_media_add(&sdp->audio_, session, sdp_media_audio, sa_port(&local), sdp_proto_rtpavp) != 0)
     return nullptr;
   int error = 0;
-  for (const OfferedCoding& coding : kCodings)
-    error |= sdp_format_add(nullptr, sdp->audio_, false, coding.id, coding.name, 8000, 1, nullptr, nullptr, nullptr,
-                            false, nullptr);
+  // G.722 too names a clock of 8000, for historical reasons (RFC 3551 4.5.2).
+  for (const AudioCoding coding : codings)
+    error |= sdp_format_add(nullptr, sdp->audio_, false, StaticTypeOf(coding), NameOf(coding), 8000, 1, nullptr,
+                            nullptr, nullptr, false, nullptr);
   error |= sdp_format_add(nullptr, sdp->audio_, false, "101", kTelephoneEvent, 8000, 1, nullptr, nullptr, nullptr,
                           false, "0-15");
   error |= sdp_media_set_lattr(sdp->audio_, true, "ptime", "20");

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "drivers/sip/audio_codec.h"
 #include "drivers/sip/libre.h"
@@ -30,8 +31,9 @@ struct MediaTerms {
 /// Engine thread only. The functions that return an int give 0 or an error number of libre's.
 class SdpNegotiation {
 public:
-  /// `local` is the address and port on which sound is received.
-  static std::unique_ptr<SdpNegotiation> Create(const sa& local);
+  /// `local` is the address and port on which sound is received. `codings` are offered in their order; others are not
+  /// taken either.
+  static std::unique_ptr<SdpNegotiation> Create(const sa& local, const std::vector<AudioCoding>& codings);
 
   /// Takes the offer or answer in the message's body. Fails when there is no coding in common.
   int Read(const sip_msg& message, bool offer);

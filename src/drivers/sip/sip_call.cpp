@@ -44,7 +44,7 @@ SipCall::~SipCall() {
 bool SipCall::PrepareMedia(const sa& local) {
   if (!media_.Bind(local))
     return false;
-  sdp_ = SdpNegotiation::Create(media_.Local());
+  sdp_ = SdpNegotiation::Create(media_.Local(), host_.Settings().codings);
   return sdp_ != nullptr;
 }
 

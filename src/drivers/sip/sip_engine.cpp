@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "drivers/sip/local_network.h"
 #include "drivers/sip/sip_replies.h"
 #include "drivers/sip/sip_transports.h"
 
@@ -48,8 +49,8 @@ struct SipEngine::Loop {
   }
 };
 
-SipEngine::SipEngine(SipSettings settings, SipReportSink sink)
-    : settings_(std::move(settings)), sink_(std::move(sink)) {}
+SipEngine::SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call)
+    : settings_(std::move(settings)), sink_(std::move(sink)), next_call_(first_call) {}
 
 SipEngine::~SipEngine() {
   Stop();
@@ -73,10 +74,21 @@ void SipEngine::Stop() {
   thread_.join();
 }
 
-void SipEngine::Push(SipCommand command) {
+bool SipEngine::StopIfIdle() {
+  SipCommand command{.kind = SipCommand::Kind::QuitIfIdle};
+  std::future<bool> quits = command.quits.get_future();
+  if (!Push(std::move(command)) || !quits.get())
+    return false;
+  thread_.join();
+  return true;
+}
+
+bool SipEngine::Push(SipCommand command) {
   auto owned = std::make_unique<SipCommand>(std::move(command));
-  if (mqueue_push(commands_, 0, owned.get()) == 0)
-    static_cast<void>(owned.release()); // now the queue's
+  if (mqueue_push(commands_, 0, owned.get()) != 0)
+    return false;
+  static_cast<void>(owned.release()); // now the queue's
+  return true;
 }
 
 // --- the engine's thread
@@ -163,6 +175,12 @@ void SipEngine::Execute(SipCommand& command) {
     re_cancel();
     return;
   }
+  if (command.kind == SipCommand::Kind::QuitIfIdle) {
+    command.quits.set_value(!call_);
+    if (!call_)
+      re_cancel();
+    return;
+  }
   if (command.kind == SipCommand::Kind::Dial) {
     // A caller may have been quicker than the word that the line is in use.
     if (call_) {
@@ -205,18 +223,28 @@ void SipEngine::Invited(const sip_msg& invite) {
     call_.reset();
 }
 
+bool SipEngine::Admits(const sip_msg& request) const {
+  return settings_.allow == SipAllow::Everyone || IsOfLocalNetwork(request.src);
+}
+
 bool SipEngine::OnAnyRequest(const sip_msg* message, void* self) {
-  Loop& loop = *static_cast<SipEngine*>(self)->loop_;
+  const auto& engine = *static_cast<SipEngine*>(self);
+  Loop& loop = *engine.loop_;
   if (loop.transports.TakeKnock(*message))
     return true;
   // A flood is met with silence. What belongs to a call is let through.
   const bool opening = !pl_isset(&message->to.tag) && pl_strcmp(&message->met, "ACK") != 0;
+  // Who isn't meant to call is not even told so; unless this line has called him.
+  if (!engine.Admits(*message) && (opening || !engine.call_))
+    return true;
   return loop.transports.BeyondThisComputer() && opening &&
          !loop.limiter.Allow(sa_hash(&message->src, SA_ADDR), std::chrono::steady_clock::now());
 }
 
 bool SipEngine::OnRequestLeft(const sip_msg* message, void* self) {
-  ReplyOutsideCalls(*static_cast<SipEngine*>(self)->Stack(), *message);
+  auto* engine = static_cast<SipEngine*>(self);
+  if (engine->Admits(*message))
+    ReplyOutsideCalls(*engine->Stack(), *message);
   return true;
 }
 

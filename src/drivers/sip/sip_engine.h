@@ -19,7 +19,8 @@ namespace kelmio {
 /// user interface thread. Reports come on the engine's thread, none once `Stop` has returned.
 class SipEngine : public SipCallHost {
 public:
-  SipEngine(SipSettings settings, SipReportSink sink);
+  /// Calls are numbered from `first_call` on.
+  SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call = 1);
   /// Stops.
   ~SipEngine() override;
   SipEngine(const SipEngine&) = delete;
@@ -32,8 +33,12 @@ public:
   /// Ends the call that is up, telling its peer, and the thread. Nothing happens when it doesn't run.
   void Stop();
 
-  /// Hands a command to the engine. Only between `Start` and `Stop`.
-  void Push(SipCommand command);
+  /// The same while no call is up, not even one of which nothing has been reported yet; false otherwise, and all goes
+  /// on. Only between `Start` and `Stop`.
+  bool StopIfIdle();
+
+  /// Hands a command to the engine; false when it is out of memory. Only between `Start` and `Stop`.
+  bool Push(SipCommand command);
 
   SipCallNumber NextCallNumber() { return next_call_.fetch_add(1); }
 
@@ -58,11 +63,12 @@ private:
   static bool OnRequestLeft(const sip_msg* message, void* self);
   static bool OnResponseLeft(const sip_msg* message, void* self);
   void Execute(SipCommand& command);
+  bool Admits(const sip_msg& request) const;
   void Invited(const sip_msg& invite);
 
   const SipSettings settings_;
   const SipReportSink sink_;
-  std::atomic<SipCallNumber> next_call_{1};
+  std::atomic<SipCallNumber> next_call_;
   std::thread thread_;
   mqueue* commands_ = nullptr; // owned by the loop
   std::uint16_t port_ = 0;

@@ -1,162 +1,55 @@
 #include "drivers/sip/sip_line.h"
 
 #include <system_error>
+#include <utility>
 
-#include "drivers/sip/sip_engine.h"
+#include "drivers/sip/self_call.h"
+#include "drivers/sip/sip_session.h"
+#include "drivers/sip/sip_words.h"
 
 namespace kelmio {
 
-/// Owns the engine and gives its reports to the line's events. What it posts holds it weakly, and once it is
-/// closed nothing is reported, not even from a closure that runs inside one of its own reports.
-class SipLine::Session : public std::enable_shared_from_this<SipLine::Session> {
-public:
-  Session(EventLoop& loop, LineEvents& events) : loop_(loop), events_(&events) {}
+namespace {
 
-  int Start(const SipSettings& settings);
-  void Close();
-  bool IsOpen() const { return events_ != nullptr; }
-  std::uint16_t Port() const { return engine_->Port(); }
-  std::shared_ptr<DeviceCall> MakeCall(const std::string& number);
-  void Push(SipCommand command);
+using namespace std::chrono_literals;
 
-private:
-  void Handle(const SipReport& report);
+// The answer takes a few milliseconds; a user who pressed a button waits for this one.
+constexpr std::chrono::milliseconds kAnswerLimit = 1s;
 
-  EventLoop& loop_;
-  LineEvents* events_; // nothing once closed
-  std::unique_ptr<SipEngine> engine_;
-  std::shared_ptr<Call> call_; // the one that is up
-};
+// Words of the Telephony API for what a line's user can do here. Nothing can be held, transferred or joined, and no
+// digits are sent.
+constexpr std::uint32_t kAddressIsName = 0x4;     // user@host
+constexpr std::uint32_t kCallFeatures = 0x1       // accept
+                                        | 0x4     // answer
+                                        | 0x80    // drop
+                                        | 0x2000  // watch for digits
+                                        | 0x8000; // watch for tones
+constexpr std::uint32_t kLineMakesCalls = 0x8;
+constexpr std::uint32_t kAddressMakesCalls = 0x2;
+// What an ISDN channel carries, and each of the codings here.
+constexpr std::uint32_t kBitsPerSecond = 64'000;
 
-class SipLine::Call : public DeviceCall {
-public:
-  enum class Phase { Offered, OffHook, Outgoing, Answered, Over };
-
-  Call(std::weak_ptr<Session> session, SipCallNumber number, Phase phase)
-      : session_(std::move(session)), number_(number), phase_(phase) {}
-
-  SipCallNumber Number() const { return number_; }
-  void SetPhase(Phase phase) { phase_ = phase; }
-
-  bool Accept() override { return phase_ == Phase::Offered; }
-
-  bool Answer() override {
-    if (phase_ == Phase::Answered)
-      return true;
-    if (phase_ != Phase::Offered && phase_ != Phase::OffHook)
-      return false;
-    phase_ = Phase::Answered;
-    Push({.kind = SipCommand::Kind::Answer, .call = number_});
-    return true;
-  }
-
-  void Hangup() override {
-    if (phase_ != Phase::Over)
-      Push({.kind = SipCommand::Kind::Hangup, .call = number_});
-  }
-
-  void SetSoundPort(std::shared_ptr<SoundPort> port) override {
-    if (phase_ != Phase::Over)
-      Push({.kind = SipCommand::Kind::SetSoundPort, .call = number_, .port = std::move(port)});
-  }
-
-private:
-  void Push(SipCommand command) const {
-    if (const auto session = session_.lock())
-      session->Push(std::move(command));
-  }
-
-  std::weak_ptr<Session> session_;
-  SipCallNumber number_;
-  Phase phase_;
-};
-
-int SipLine::Session::Start(const SipSettings& settings) {
-  engine_ = std::make_unique<SipEngine>(settings, [&loop = loop_, self = weak_from_this()](SipReport report) {
-    loop.Post([self, report = std::move(report)] {
-      if (const auto session = self.lock(); session && session->IsOpen())
-        session->Handle(report);
-    });
-  });
-  return engine_->Start();
+/// Opens the address for a moment. Gives 0 or an error number; `answers` is told whether a line there would answer.
+int Probe(const SipSettings& settings, bool* answers = nullptr) {
+  SipEngine engine(settings, [](const SipReport&) {});
+  const int error = engine.Start();
+  if (error == 0 && answers)
+    *answers = AnswersOptions({settings.listen.host, engine.Port()}, kAnswerLimit);
+  return error;
 }
 
-void SipLine::Session::Close() {
-  if (call_)
-    call_->SetPhase(Call::Phase::Over);
-  call_.reset();
-  events_ = nullptr;
-  engine_->Stop();
-}
-
-void SipLine::Session::Push(SipCommand command) {
-  if (IsOpen())
-    engine_->Push(std::move(command));
-}
-
-std::shared_ptr<DeviceCall> SipLine::Session::MakeCall(const std::string& number) {
-  if (call_)
-    return nullptr;
-  call_ = std::make_shared<Call>(weak_from_this(), engine_->NextCallNumber(),
-                                 number.empty() ? Call::Phase::OffHook : Call::Phase::Outgoing);
-  Push({.kind = SipCommand::Kind::Dial, .call = call_->Number(), .text = number});
-  return call_;
-}
-
-void SipLine::Session::Handle(const SipReport& report) {
-  // Kept through the report: its handler may end the call or close the line.
-  LineEvents& events = *events_;
-  if (report.kind == SipReport::Kind::Log) {
-    events.Log(report.text);
-    return;
-  }
-  if (report.kind == SipReport::Kind::NewCall && !call_) {
-    call_ = std::make_shared<Call>(weak_from_this(), report.call, Call::Phase::Offered);
-    events.NewCall(call_);
-    return;
-  }
-  const std::shared_ptr<Call> call = call_;
-  if (!call || call->Number() != report.call) {
-    // Dialled here in the moment in which it came: the engine refuses what was dialled, and this one is let go.
-    if (report.kind == SipReport::Kind::NewCall)
-      Push({.kind = SipCommand::Kind::Hangup, .call = report.call});
-    return;
-  }
-  switch (report.kind) {
-  case SipReport::Kind::Ring:
-    events.Ring(*call, report.count);
-    break;
-  case SipReport::Kind::CallerID:
-    events.CallerID(*call, report.name, report.text);
-    break;
-  case SipReport::Kind::State:
-    events.StateChanged(*call, report.state);
-    break;
-  case SipReport::Kind::Connected:
-    call->SetPhase(Call::Phase::Answered);
-    events.Connected(*call);
-    break;
-  case SipReport::Kind::Busy:
-    events.Busy(*call);
-    break;
-  case SipReport::Kind::Digit:
-    events.Digit(*call, report.digit);
-    break;
-  case SipReport::Kind::Disconnected:
-    call->SetPhase(Call::Phase::Over);
-    call_.reset();
-    events.Disconnected(*call);
-    break;
-  case SipReport::Kind::NewCall:
-  case SipReport::Kind::Log:
-    break;
-  }
-}
+} // namespace
 
 SipLine::SipLine(EventLoop& loop, SipSettings settings) : loop_(loop), settings_(std::move(settings)) {}
 
 SipLine::~SipLine() {
+  changed_ = nullptr;
   Close();
+}
+
+void SipLine::SetConfigDialog(SipConfigDialog& dialog, LinesFile file) {
+  dialog_ = &dialog;
+  file_ = std::move(file);
 }
 
 LineCaps SipLine::Caps() const {
@@ -166,7 +59,11 @@ LineCaps SipLine::Caps() const {
   caps.switch_info = "SIP";
   caps.bearer_modes = kBearerModeVoice;
   caps.media_modes = media_mode::kInteractiveVoice | media_mode::kAutomatedVoice;
-  caps.max_data_rate = 64'000;
+  caps.max_data_rate = kBitsPerSecond;
+  caps.address_type = kAddressIsName;
+  caps.address_features = kAddressMakesCalls;
+  caps.call_features = kCallFeatures;
+  caps.line_features = kLineMakesCalls;
   for (const CallState state :
        {CallState::Idle, CallState::Offering, CallState::Accepted, CallState::Dialing, CallState::Ringback,
         CallState::Busy, CallState::Connected, CallState::Proceeding, CallState::Disconnected})
@@ -179,9 +76,11 @@ bool SipLine::Open(LineEvents& events) {
     return false;
   for (const std::string& note : settings_.notes)
     events.Log(note);
-  auto session = std::make_shared<Session>(loop_, events);
-  if (const int error = session->Start(settings_)) {
-    events.Log("SIP line: " + ToText(settings_.listen) + " can't be opened: " + std::generic_category().message(error));
+  auto session = std::make_shared<SipSession>(loop_, events, [this] { TakeOverWaiting(); });
+  open_error_ = session->Start(settings_);
+  if (open_error_ != 0) {
+    events.Log("SIP line: " + ToText(settings_.listen) +
+               " can't be opened: " + std::generic_category().message(open_error_));
     return false;
   }
   session_ = std::move(session);
@@ -192,6 +91,8 @@ void SipLine::Close() {
   if (session_)
     session_->Close();
   session_.reset();
+  open_error_ = 0;
+  TakeOverWaiting();
 }
 
 std::shared_ptr<DeviceCall> SipLine::MakeCall(const std::string& number) {
@@ -200,6 +101,101 @@ std::shared_ptr<DeviceCall> SipLine::MakeCall(const std::string& number) {
 
 std::uint16_t SipLine::Port() const {
   return session_ ? session_->Port() : std::uint16_t{0};
+}
+
+// --- setting the line up
+
+void SipLine::Configure() {
+  if (dialog_)
+    dialog_->Show(*this);
+}
+
+std::string SipLine::StateInWords() const {
+  std::string words = "Switched off.";
+  if (session_ && session_->IsRunning())
+    words = ReachableInWords(settings_, session_->Port());
+  else if (open_error_ != 0)
+    words = HindranceInWords(settings_.listen, open_error_);
+  if (waiting_)
+    words += " A call is up: the new settings are taken over when it has ended.";
+  else if (session_ && session_->HasCall())
+    words += " A call is up: new settings would be taken over when it has ended.";
+  return words;
+}
+
+SipTakeOver SipLine::TakeOver(const SipSettings& settings) {
+  waiting_.reset();
+  SipSettings next = settings;
+  next.device_id = settings_.device_id;
+  if (next == settings_ && open_error_ == 0)
+    return {};
+  next.notes.clear();
+  SipTakeOver result = TryTakeOver(next);
+  if (result.state == SipTakeOver::State::Waiting)
+    waiting_ = next;
+  return result;
+}
+
+SipTakeOver SipLine::TryTakeOver(const SipSettings& next) {
+  int error = 0;
+  if (session_) {
+    const std::optional<int> moved = session_->Move(next, settings_);
+    if (!moved)
+      return {SipTakeOver::State::Waiting, "A call is up: the new settings are taken over when it has ended."};
+    error = *moved;
+    open_error_ = session_->IsRunning() ? 0 : error;
+  } else if (next.listen != settings_.listen) {
+    error = Probe(next);
+  }
+  if (error != 0)
+    return {SipTakeOver::State::Refused, HindranceInWords(next.listen, error) + " The settings stay as they were."};
+  return Adopt(next);
+}
+
+SipTakeOver SipLine::Adopt(const SipSettings& next) {
+  settings_ = next;
+  const bool failed = std::exchange(open_error_, 0) != 0;
+  if (file_ && !WriteSipSettings(*file_, settings_))
+    return {SipTakeOver::State::Done,
+            "The settings are taken, but " + file_->Path() + " can't be written: they last until the program ends."};
+  if (failed)
+    return {SipTakeOver::State::Done, "The line is off. Switch the system on, and it is reached there."};
+  return {};
+}
+
+void SipLine::TakeOverWaiting() {
+  if (!waiting_)
+    return;
+  const SipTakeOver result = TakeOver(*std::exchange(waiting_, std::nullopt));
+  if (result.state == SipTakeOver::State::Waiting)
+    return;
+  if (session_)
+    session_->Log("SIP line: " + (result.words.empty() ? StateInWords() : result.words));
+  if (changed_)
+    changed_();
+}
+
+std::string SipLine::Test(const SipSettings& settings) {
+  const std::string where = ToText(settings.listen);
+  // The line's own port can't be opened a second time.
+  const bool own = session_ && session_->IsRunning() && settings.listen.port == session_->Port();
+  bool answers = false;
+  if (own) {
+    SipSettings elsewhere = settings;
+    elsewhere.listen.port = 0;
+    if (const int error = Probe(elsewhere))
+      return HindranceInWords(settings.listen, error);
+    answers = AnswersOptions({settings_.listen.host, session_->Port()}, kAnswerLimit);
+  } else if (const int error = Probe(settings, &answers)) {
+    return HindranceInWords(settings.listen, error);
+  }
+  if (!answers)
+    return (own ? ToText(settings_.listen) : where) + " is open, but there is no answer. Is it a firewall's doing?";
+  if (!own)
+    return where + " can be opened, and the line answers there.";
+  return settings.listen == settings_.listen
+             ? "The line answers at " + where + "."
+             : "The line answers at " + ToText(settings_.listen) + ", and it can move to " + where + ".";
 }
 
 } // namespace kelmio

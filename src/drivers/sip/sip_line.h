@@ -1,39 +1,61 @@
 // The SIP line as the telephony control sees it.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "drivers/lines_file.h"
+#include "drivers/sip/sip_config_dialog.h"
 #include "drivers/sip/sip_settings.h"
 #include "platform/event_loop.h"
 #include "telephony/tapi_control/line_driver.h"
 
 namespace kelmio {
 
+class SipSession;
+
 /// One line at one address. User interface thread only.
-class SipLine : public LineDevice {
+class SipLine : public LineDevice, public SipConfiguration {
 public:
   /// `loop` outlives the line.
   SipLine(EventLoop& loop, SipSettings settings);
   /// Closes.
   ~SipLine() override;
 
+  /// Lets the user set the line up; what he chooses is written to `file`. `dialog` outlives the line.
+  void SetConfigDialog(SipConfigDialog& dialog, LinesFile file);
+
   long DeviceID() const override { return settings_.device_id; }
   LineCaps Caps() const override;
   bool Open(LineEvents& events) override;
   void Close() override;
   std::shared_ptr<DeviceCall> MakeCall(const std::string& number) override;
+  void Configure() override;
+
+  SipSettings Settings() const override { return waiting_.value_or(settings_); }
+  std::string StateInWords() const override;
+  SipTakeOver TakeOver(const SipSettings& settings) override;
+  std::string Test(const SipSettings& settings) override;
+  void Watch(std::function<void()> changed) override { changed_ = std::move(changed); }
 
   /// The port that is bound while the line is open; 0 otherwise.
   std::uint16_t Port() const;
 
 private:
-  class Session; // from one `Open` to its `Close`
-  class Call;
+  SipTakeOver TryTakeOver(const SipSettings& next);
+  SipTakeOver Adopt(const SipSettings& next);
+  void TakeOverWaiting();
 
   EventLoop& loop_;
-  const SipSettings settings_;
-  std::shared_ptr<Session> session_;
+  SipSettings settings_;
+  std::optional<SipSettings> waiting_; // for the end of a call
+  int open_error_ = 0;                 // why the line isn't reachable although it was opened
+  std::shared_ptr<SipSession> session_;
+  std::optional<LinesFile> file_;
+  SipConfigDialog* dialog_ = nullptr;
+  std::function<void()> changed_;
 };
 
 } // namespace kelmio

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "drivers/lines_file.h"
+#include "drivers/sip/audio_codec.h"
 
 namespace kelmio {
 
@@ -35,18 +36,41 @@ struct SipTimes {
   std::chrono::milliseconds confirm{32'000};
   /// A peer in mid call of which nothing is heard any more.
   std::chrono::milliseconds lost_peer{60'000};
+  bool operator==(const SipTimes&) const = default;
 };
+
+/// Whose calls are taken of those that reach the address.
+enum class SipAllow { Everyone, Network };
+
+/// A shorter period would count rings faster than anyone could react, a longer one would never reach a second.
+inline constexpr std::chrono::milliseconds kShortestRingPeriod{20};
+inline constexpr std::chrono::milliseconds kLongestRingPeriod{60'000};
 
 struct SipSettings {
   ListenAddress listen;
+  SipAllow allow = SipAllow::Everyone;
   std::chrono::milliseconds ring_period{6000}; // between two counted rings
+  /// In the order in which a dialled call offers them; never empty. Who calls here brings an order of his own.
+  std::vector<AudioCoding> codings{kAllCodings.begin(), kAllCodings.end()};
   long device_id = 1;
   SipTimes times;
   /// Plain words on values that could not be used; for the status pane.
   std::vector<std::string> notes;
+  bool operator==(const SipSettings&) const = default;
 };
+
+/// Who can call, by the address and by who is taken there.
+enum class SipCallers { Computer, Network, Everyone };
+
+SipCallers CallersOf(const SipSettings& settings);
+
+/// Chooses the address and who is taken there. Callers who can call already keep the address that was written for them.
+void SetCallers(SipSettings& settings, SipCallers callers);
 
 /// Makes the section at first start. A value that makes no sense falls back to its default, with a note.
 SipSettings ReadSipSettings(LinesFile& file);
+
+/// Writes what a user can choose; comments and foreign keys stay. False when the file can't be written.
+bool WriteSipSettings(const LinesFile& file, const SipSettings& settings);
 
 } // namespace kelmio

@@ -10,8 +10,10 @@
 #include "drivers/sip/caller_identity.h"
 #include "drivers/sip/dial_target.h"
 #include "drivers/sip/digit_receiver.h"
+#include "drivers/sip/local_network.h"
 #include "drivers/sip/rate_limiter.h"
 #include "drivers/sip/sip_settings.h"
+#include "drivers/sip/sip_words.h"
 
 namespace kelmio {
 namespace {
@@ -51,12 +53,14 @@ TEST_F(LinesFileTest, IsMadeWithItsExplanationAndThenLeftAlone) {
 }
 
 TEST_F(LinesFileTest, FallsBackFromNonsenseWithAWord) {
-  Write("[sip]\nListen=0.0.0.0\nRingPeriod=soon\n");
+  Write("[sip]\nListen=0.0.0.0\nAllow=netwrok\nRingPeriod=soon\nCodecs=G722,MP3\n");
   LinesFile file(path);
   const SipSettings settings = ReadSipSettings(file);
   EXPECT_EQ(settings.listen, ListenAddress{});
   EXPECT_EQ(settings.ring_period, 6000ms);
-  EXPECT_EQ(settings.notes.size(), 2U);
+  EXPECT_EQ(settings.allow, SipAllow::Network); // the narrower one
+  EXPECT_EQ(settings.codings, SipSettings{}.codings);
+  EXPECT_EQ(settings.notes.size(), 4U);
   EXPECT_EQ(ParseListenAddress("[::1]:5070"), (ListenAddress{"::1", 5070}));
   for (const char* bad : {"", ":5060", "host:5060", "1.2.3.4:70000", "1.2.3.4:", "::1:5060", "1.2.3:5060"})
     EXPECT_FALSE(ParseListenAddress(bad)) << bad;
@@ -72,6 +76,38 @@ TEST_F(LinesFileTest, KeepsEachLinesNumberAndGivesNoneTwice) {
   LinesFile restarted(path);
   EXPECT_EQ(restarted.DeviceNumber("Modem"), 2);
   EXPECT_EQ(restarted.DeviceNumber("New"), 5);
+}
+
+TEST(SipCallersTest, ChooseAddressAndAllowance) {
+  SipSettings settings;
+  EXPECT_EQ(CallersOf(settings), SipCallers::Computer);
+  for (const auto& [callers, host, words] :
+       {std::tuple(SipCallers::Network, "0.0.0.0", "Reachable on port 5060 from the local network."),
+        std::tuple(SipCallers::Everyone, "0.0.0.0",
+                   "Reachable on port 5060 by everyone whom the network lets through."),
+        std::tuple(SipCallers::Computer, "127.0.0.1", "Reachable at 127.0.0.1:5060 by programs on this computer.")}) {
+    SetCallers(settings, callers);
+    EXPECT_EQ(CallersOf(settings), callers);
+    EXPECT_EQ(settings.listen.host, host);
+    EXPECT_EQ(ReachableInWords(settings, 5060), words);
+  }
+  settings.listen.host = "192.168.1.20";
+  SetCallers(settings, SipCallers::Everyone);
+  EXPECT_EQ(settings.listen.host, "192.168.1.20");
+}
+
+TEST(LocalNetworkTest, IsWhatNoWayFromOutsideLeadsTo) {
+  const auto local = [](const char* text) {
+    sa address{};
+    EXPECT_EQ(sa_set_str(&address, text, 5060), 0) << text;
+    return IsOfLocalNetwork(address);
+  };
+  for (const char* text : {"127.8.0.1", "10.255.0.1", "172.16.0.1", "172.31.255.255", "192.168.0.9", "169.254.3.4",
+                           "::1", "fd12::1", "fc00::1", "fe80::2", "::ffff:10.0.0.1"})
+    EXPECT_TRUE(local(text)) << text;
+  for (const char* text : {"11.0.0.1", "172.15.0.1", "172.32.0.1", "192.169.0.1", "169.253.0.1", "203.0.113.5",
+                           "0.0.0.0", "2001:db8::1", "fe00::1", "::", "::ffff:8.8.8.8"})
+    EXPECT_FALSE(local(text)) << text;
 }
 
 TEST(CallerIdentity, IsCleanText) {
