@@ -1,31 +1,12 @@
 #include "address_books/item_stream.h"
 
-#include <iterator>
 #include <utility>
 
 namespace kelmio {
 
 namespace {
 
-using Property = std::optional<std::string> AddressItem::*;
-
-constexpr Property kProperties[] = {
-    &AddressItem::FullName,
-    &AddressItem::HomeTelephoneNumber,
-    &AddressItem::MobileTelephoneNumber,
-    &AddressItem::Email1Address,
-    &AddressItem::BusinessHomePage,
-    &AddressItem::BusinessTelephoneNumber,
-    &AddressItem::BusinessFaxNumber,
-    &AddressItem::JobTitle,
-    &AddressItem::CompanyName,
-    &AddressItem::BusinessAddressStreet,
-    &AddressItem::BusinessAddressCity,
-    &AddressItem::BusinessAddressState,
-    &AddressItem::BusinessAddressPostalCode,
-    &AddressItem::BusinessAddressCountry,
-};
-constexpr std::size_t kBetweenItems = std::size(kProperties);
+constexpr std::size_t kBetweenItems = kAddressItemProperties.size();
 
 constexpr std::string_view kItem = "item";
 constexpr std::string_view kAlive{"alive\0", 6};
@@ -38,7 +19,7 @@ constexpr char kNotThere = '-';
 std::string EncodedItem(const AddressItem& item) {
   std::string stream(kItem);
   stream += '\0';
-  for (const Property property : kProperties) {
+  for (const auto property : kAddressItemProperties) {
     const auto& value = item.*property;
     stream += value ? kThere : kNotThere;
     stream += value.value_or("");
@@ -83,7 +64,7 @@ bool ItemStream::TakeText(std::string text) {
   if (text.empty() || (text.front() != kThere && text != std::string_view(&kNotThere, 1)))
     return false;
   if (text.front() == kThere)
-    item_.*kProperties[next_property_] = text.substr(1);
+    item_.*kAddressItemProperties[next_property_] = text.substr(1);
   if (++next_property_ == kBetweenItems) {
     AddressItem item = std::exchange(item_, {});
     if (!Full())

@@ -11,25 +11,7 @@ namespace kelmio {
 
 namespace {
 
-using Property = std::optional<std::string> AddressItem::*;
-
-/// In the order of `kContactFields`.
-constexpr std::array<Property, kContactFields.size()> kProperties = {
-    &AddressItem::FullName,
-    &AddressItem::HomeTelephoneNumber,
-    &AddressItem::MobileTelephoneNumber,
-    &AddressItem::Email1Address,
-    &AddressItem::BusinessHomePage,
-    &AddressItem::BusinessTelephoneNumber,
-    &AddressItem::BusinessFaxNumber,
-    &AddressItem::JobTitle,
-    &AddressItem::CompanyName,
-    &AddressItem::BusinessAddressStreet,
-    &AddressItem::BusinessAddressCity,
-    &AddressItem::BusinessAddressState,
-    &AddressItem::BusinessAddressPostalCode,
-    &AddressItem::BusinessAddressCountry,
-};
+static_assert(kAddressItemProperties.size() == kContactFields.size());
 
 bool IsControl(char c) {
   constexpr unsigned char kDelete = 0x7F;
@@ -60,7 +42,7 @@ std::string OnOneLine(std::string_view text) {
 ContactValues ValuesOf(const AddressItem& item) {
   ContactValues values;
   for (std::size_t field = 0; field < values.size(); ++field)
-    if (const std::optional<std::string>& property = item.*kProperties[field])
+    if (const std::optional<std::string>& property = item.*kAddressItemProperties[field])
       values[field] = OnOneLine(*property);
   return values;
 }

@@ -1,6 +1,7 @@
 // Address books that other programs keep.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -25,6 +26,24 @@ struct AddressItem {
   std::optional<std::string> BusinessAddressState;
   std::optional<std::string> BusinessAddressPostalCode;
   std::optional<std::string> BusinessAddressCountry;
+};
+
+/// In the order in which a contact is written.
+inline constexpr std::array<std::optional<std::string> AddressItem::*, 14> kAddressItemProperties = {
+    &AddressItem::FullName,
+    &AddressItem::HomeTelephoneNumber,
+    &AddressItem::MobileTelephoneNumber,
+    &AddressItem::Email1Address,
+    &AddressItem::BusinessHomePage,
+    &AddressItem::BusinessTelephoneNumber,
+    &AddressItem::BusinessFaxNumber,
+    &AddressItem::JobTitle,
+    &AddressItem::CompanyName,
+    &AddressItem::BusinessAddressStreet,
+    &AddressItem::BusinessAddressCity,
+    &AddressItem::BusinessAddressState,
+    &AddressItem::BusinessAddressPostalCode,
+    &AddressItem::BusinessAddressCountry,
 };
 
 /// An address book that has been opened. User interface thread only.
