@@ -141,7 +141,7 @@ SipTakeOver SipLine::TryTakeOver(const SipSettings& next) {
   if (session_) {
     const std::optional<int> moved = session_->Move(next, settings_);
     if (!moved)
-      return {SipTakeOver::State::Waiting, "A call is up: the new settings are taken over when it has ended."};
+      return {SipTakeOver::State::Waiting, "The new settings are kept for the end of the call."};
     error = *moved;
     open_error_ = session_->IsRunning() ? 0 : error;
   } else if (next.listen != settings_.listen) {

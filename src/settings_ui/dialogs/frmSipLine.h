@@ -1,0 +1,64 @@
+// Sets a SIP line up: who may call, where, and with which codecs.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "controls/basic_controls.h"
+#include "controls/form.h"
+#include "controls/list_view.h"
+#include "drivers/sip/sip_config_dialog.h"
+
+namespace kelmio {
+
+/// User interface thread only. `line` outlives the form.
+class frmSipLine : public Form {
+public:
+  explicit frmSipLine(SipConfiguration& line);
+  ~frmSipLine() override;
+  frmSipLine(const frmSipLine&) = delete;
+  frmSipLine& operator=(const frmSipLine&) = delete;
+
+  ComboBox cboCallers;
+  TextBox txtPort;
+  TextBox txtRingPeriod; // milliseconds
+  ListView lvwCodecs;
+  Button cmdCodecUp;
+  Button cmdCodecDown;
+  Button cmdCodecUse;
+  Label lblState;  // whether the line can be reached now
+  Label lblResult; // what came of the last button
+  Button cmdTest;
+  Button cmdOK;
+  Button cmdCancel;
+
+  void Load() override;
+  void EscapePressed() override { Visible = false; }
+  std::string_view Name() const override { return "frmSipLine"; }
+  void VisitControls(ControlVisitor& visitor) override;
+
+private:
+  struct Codec {
+    AudioCoding coding;
+    bool used;
+  };
+
+  void cmdTest_Click();
+  void cmdOK_Click();
+  void cmdCodecUse_Click();
+  /// Swaps the selected codec with the one `by` rows below.
+  void MoveCodec(int by);
+  void ShowCodecs(std::size_t selected);
+  void EnableCodecButtons();
+  Codec* SelectedCodec();
+
+  /// What the controls say; nothing, and a word to the user, when they say nonsense.
+  std::optional<SipSettings> Entered();
+
+  SipConfiguration& line_;
+  std::vector<Codec> codecs_; // in the order of the rows
+};
+
+} // namespace kelmio
