@@ -89,8 +89,8 @@ protected:
   void Show() override {
     SetBackColor(widget_, model_.BackColor);
     // A list that grows row by row, tens of thousands of them, is on the screen meanwhile.
-    if (const auto shown = static_cast<std::size_t>(rows_->rowCount());
-        shown != 0 && model_.Shape() == shape_ && model_.RowCount() > shown) {
+    const auto shown = static_cast<std::size_t>(rows_->rowCount());
+    if (shown != 0 && model_.Shape() == shape_ && model_.RowCount() > shown) {
       rows_->TakeNewRows(model_);
       return;
     }
@@ -107,6 +107,9 @@ protected:
     if (!same) {
       widget_.doItemsLayout();
       widget_.verticalScrollBar()->setValue(place);
+      // A list that has just been filled shows what is chosen in it.
+      if (shown == 0)
+        widget_.scrollTo(widget_.currentIndex());
     }
   }
 
