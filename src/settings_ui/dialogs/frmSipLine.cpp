@@ -1,6 +1,7 @@
 #include "settings_ui/dialogs/frmSipLine.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 #include <utility>
