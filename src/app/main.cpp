@@ -27,10 +27,13 @@
 #include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
+#include "qt/qt_hot_keys.h"
 #include "qt/qt_tray.h"
 #include "qt/qt_windows.h"
 #include "qt/unix_signals.h"
 #include "qt/xdg_auto_start.h"
+#include "settings_ui/dialogs/sip_line_dialog.h"
+#include "settings_ui/dialogs/wave_format_dialog.h"
 #include "shell/frmMain.h"
 #include "telephony/tapi_control/line_service.h"
 
@@ -74,6 +77,8 @@ int Run(QApplication& application) {
   QtFolderPicker folder_picker;
   QtFilePicker file_picker;
   QtFileClipboard file_clipboard;
+  QtColorPicker color_picker;
+  QtHotKeys hot_keys;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
   QtImageCodec images;
@@ -81,20 +86,24 @@ int Run(QApplication& application) {
   XdgAutoStart auto_start(XdgAutoStart::DefaultFolder(), PlacesFromEnvironment(surroundings));
   PulseSoundOutput sound_output(loop);
   WaveDevice mmc(timers, sound_output);
+  PulseSoundOutput greeting_output(loop);
+  WaveDevice greeting(timers, greeting_output);
   PulseDeskStream desk(loop);
   MediaSoundFactory sounds(loop, &desk);
   PulseWaveImagePlayer wave_images;
+  WaveFormatDialog format_dialog(windows);
+  SipLineDialog sip_dialog(windows);
   LineService lines(loop, sounds);
-  LinesFile lines_file(app_path + "Lines.ini");
-  lines.AddDriver(std::make_unique<SipDriver>(loop, ReadSipSettings(lines_file)));
+  lines.SetFormatDialog(&format_dialog);
+  lines.AddDriver(std::make_unique<SipDriver>(loop, LinesFile(app_path + "Lines.ini"), sip_dialog));
 
   AppState app;
   Settings settings;
-  frmMain main_form({app,           settings,      loop,           timers,     clock,
-                     registry,      desktop,       clipboard,      tray,       auto_start,
-                     mmc,           journal,       lines,          windows,    boxes,
-                     folder_picker, file_picker,   file_clipboard, appearance, link_opener,
-                     images,        address_books, wave_images,    app_path,   executable});
+  frmMain main_form({app,        settings,     loop,     timers,        clock,       registry,
+                     desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
+                     lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
+                     appearance, link_opener,  images,   address_books, wave_images, greeting,
+                     hot_keys,   color_picker, app_path, executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

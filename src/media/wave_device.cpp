@@ -43,6 +43,8 @@ void WaveDevice::Command(std::string_view word) {
     Stop();
   else if (IsWord(word, "close"))
     Close();
+  else if (IsWord(word, "record"))
+    Trouble("Nothing can be recorded from the microphone yet: choose a wave file instead.");
 }
 
 long WaveDevice::Position() const {

@@ -13,6 +13,7 @@ namespace kelmio {
 
 /// Opens any wave file that can be read. Opening reads the header and no more, so that a length costs little.
 /// Without a sound device a file plays unheard: its position moves, and `Trouble` tells once for each opening.
+/// It doesn't record yet, and says so.
 /// A play for which no start was set goes on from the present position. Timers and output outlive the device,
 /// which is the output's only user.
 class WaveDevice : public MultimediaDevice {

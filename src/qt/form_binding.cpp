@@ -80,6 +80,10 @@ FormBinding::FormBinding(QWidget& window, Form& form) : ControlBinding(form, win
   settle_.setInterval(kSettleMs);
   connect(&settle_, &QTimer::timeout, this, [this] { TakePlace(); });
   window.installEventFilter(this);
+  form.SetFocusTaker([&window] {
+    window.raise();
+    window.activateWindow();
+  });
 }
 
 void FormBinding::Show() {

@@ -1,5 +1,6 @@
 // Pictures, and the view of a recording's signal.
 #include <QLabel>
+#include <QMouseEvent>
 
 #include "controls/picture_box.h"
 #include "controls/spectrum_view.h"
@@ -16,6 +17,9 @@ class PictureBinding : public ControlBinding {
 public:
   PictureBinding(QLabel& widget, PictureBox& model) : ControlBinding(model, widget), widget_(widget), model_(model) {
     widget.setScaledContents(true); // to the whole box, whatever its proportions
+    widget.setBackgroundRole(QPalette::Base);
+    widget.setAutoFillBackground(true);
+    widget.installEventFilter(this);
   }
 
 protected:
@@ -25,6 +29,12 @@ protected:
       widget_.setPixmap(QPixmap::fromImage(ToQImage(model_.Drawing)));
     else
       widget_.setPixmap(model_.Picture.Get().empty() ? QPixmap() : QPixmap::fromImage(ReadPicture(model_.Picture)));
+  }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::MouseButtonRelease && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
+      RunHandler([this] { model_.Click(); });
+    return ControlBinding::eventFilter(watched, event);
   }
 
 private:

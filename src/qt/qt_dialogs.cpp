@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QColorDialog>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -105,6 +106,13 @@ std::string QtFilePicker::OpenFile(const std::string& title, const std::string& 
   const QString file = dialog.selectedFiles().front();
   last_ = QFileInfo(file).absolutePath();
   return QFile::encodeName(file).toStdString();
+}
+
+std::optional<std::int32_t> QtColorPicker::PickColor(std::int32_t initial) {
+  const QColor color = QColorDialog::getColor(ToColor(initial), QApplication::activeWindow());
+  if (!color.isValid())
+    return std::nullopt;
+  return color.red() | color.green() << 8 | color.blue() << 16;
 }
 
 bool QtFileClipboard::CopyFiles(const std::vector<std::string>& paths) {

@@ -41,6 +41,11 @@ private:
 /// The filter's entries as the toolkit's dialog takes them.
 QStringList NameFilters(const QString& filter);
 
+class QtColorPicker : public ColorPicker {
+public:
+  std::optional<std::int32_t> PickColor(std::int32_t initial) override;
+};
+
 /// Offers the files in the forms that file managers here read, and the file-drop block beside them.
 class QtFileClipboard : public FileClipboard {
 public:

@@ -25,8 +25,9 @@ frmMain::frmMain(const House& house)
       monitor_(house.timers, *this), system_(house_.settings, house_.registry, Context, *this, mTAPIEx),
       recording_({house_.app, house_.settings, Context, *this, mTAPIEx, monitor_, contacts_, messages_, house_.timers}),
       calls_({house_.app, house_.settings, Context, *this, monitor_, recording_, contacts_, call_log_}),
-      lvwCalls(message_list_.lvwCalls), cmdPlayFile(playback_.cmdPlayFile), cmdStopPlay(playback_.cmdStopPlay),
-      sldSlider(playback_.sldSlider), tmrCallTime(monitor_.tmrCallTime), tmrSilence(recording_.tmrSilence) {
+      hot_keys_(house_.hot_keys, house_.clock), lvwCalls(message_list_.lvwCalls), cmdPlayFile(playback_.cmdPlayFile),
+      cmdStopPlay(playback_.cmdStopPlay), sldSlider(playback_.sldSlider), tmrCallTime(monitor_.tmrCallTime),
+      tmrSilence(recording_.tmrSilence) {
   Caption = "Kelmio Standard";
   using Kind = StatusBar::PanelKind;
   sbStatusBar.AddPanel(Kind::Text, "Status");

@@ -30,11 +30,14 @@
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/event_loop.h"
+#include "platform/hot_keys.h"
 #include "platform/image.h"
 #include "platform/journal.h"
 #include "platform/multimedia_device.h"
 #include "platform/registry_store.h"
 #include "platform/wave_image_player.h"
+#include "settings_ui/mHotKeys.h"
+#include "settings_ui/settings_host.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
 #include "telephony/call_monitor.h"
@@ -54,6 +57,8 @@ class frmMain : public Form,
                 private MessageLinks,
                 private CallLogWindows,
                 private DialerEngine,
+                private SettingsHost,
+                private HotKeyWindow,
                 private StartupHost {
 public:
   struct House {
@@ -80,6 +85,9 @@ public:
     ImageCodec& images;
     AddressBooks& address_books;
     WaveImagePlayer& wave_images;
+    MultimediaDevice& greeting; // the settings window's own
+    HotKeys& hot_keys;
+    ColorPicker& color_picker;
     std::string app_path;   // the program's folder with a closing separator
     std::string executable; // full path
   };
@@ -125,6 +133,7 @@ private:
   SystemControl system_;
   MessageRecording recording_;
   CallHandling calls_;
+  mHotKeys hot_keys_;
 
 public:
   ListView& lvwCalls;
@@ -148,7 +157,7 @@ public:
   void ShowFromTray();
 
   void SetSystemStatus() override { system_.SetSystemStatus(); }
-  void RestartSystem() { system_.RestartSystem(); }
+  void RestartSystem() override { system_.RestartSystem(); }
   void AnswerCall() override { calls_.AnswerCall(); }
   void DialCall(const std::string& number) override { calls_.DialCall(number); }
   void RecordCallManual() override { calls_.RecordCallManual(); }
@@ -189,6 +198,14 @@ private:
   void OpenContactEditor(Form& owner) override;
   void OpenDialer(Form& owner) override;
 
+  // SettingsHost
+  void SetPreviewColor(Color color) override;
+  void SetOutputColor(Color color) override;
+  void PlayTonePair(std::int16_t low_frequency, std::int16_t high_frequency, double seconds) override;
+
+  // HotKeyWindow
+  void HotKeyPressed() override;
+
   // StartupHost
   void PlaceWindow() override;
   void ReadSettings() override;
@@ -227,6 +244,7 @@ private:
   void OpenSelectedMessage();
   void OpenContacts();
   void OpenCallLog();
+  void OpenSettings();
   void ShowDialer(Form* owner, frmDialer::Place place);
   void AddToContacts();
   void EditContact();

@@ -79,9 +79,15 @@ void frmMain::RestoreLayout() {
   sbStatusBar.Visible = house_.settings.MainStatusBarState;
 }
 
-void frmMain::RegisterHotKey() {}
+void frmMain::RegisterHotKey() {
+  if (house_.settings.HotKeyAccess == 1)
+    hot_keys_.RegisterGlobalHotKey(house_.settings.HotKeyCode, house_.settings.HotKeyModifilers, *this);
+}
 
-void frmMain::UnregisterHotKey() {}
+void frmMain::UnregisterHotKey() {
+  if (house_.settings.HotKeyAccess == 1)
+    hot_keys_.UnregisterGlobalHotKey(*this);
+}
 
 void frmMain::CreateTrayIcon() {
   house_.tray.Create(Caption);

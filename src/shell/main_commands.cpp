@@ -84,6 +84,7 @@ void frmMain::ExecuteCommand(int id) {
       {command::kPlayMessage, [](frmMain& main) { main.playback_.PlaySelectedMessage(); }},
       {command::kStopPlaying, [](frmMain& main) { main.playback_.cmdStopPlay.Click(); }},
       {command::kDialer, [](frmMain& main) { main.OpenDialer(main); }},
+      {command::kSettings, [](frmMain& main) { main.OpenSettings(); }},
       {command::kContacts, [](frmMain& main) { main.OpenContacts(); }},
       {command::kCalls, [](frmMain& main) { main.OpenCallLog(); }},
       {command::kAddToContacts, [](frmMain& main) { main.AddToContacts(); }},

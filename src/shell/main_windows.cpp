@@ -1,9 +1,11 @@
 // The windows that the main window opens, and what their links lead to.
 #include "calls/frmCallLog.h"
+#include "calls/modToneBox.h"
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
 #include "core/mGeneral.h"
 #include "messages/frmOpen.h"
+#include "settings_ui/frmSettings.h"
 #include "shell/frmMain.h"
 
 namespace kelmio {
@@ -62,6 +64,31 @@ void frmMain::EditContact() {
   house_.app.ContactOpenedExternally = true;
   house_.app.CurrentContactID = contact;
   OpenContactEditor(*this);
+}
+
+void frmMain::OpenSettings() {
+  frmSettings settings({house_.app, house_.settings, house_.registry, house_.lines, house_.timers, house_.greeting,
+                        house_.boxes, house_.file_picker, house_.color_picker, hot_keys_, *this, *this, Trouble()});
+  house_.windows.ShowModal(settings, this);
+}
+
+void frmMain::SetPreviewColor(Color color) {
+  Preview.BackColor = color;
+  Preview.picPhoto.BackColor = color;
+}
+
+void frmMain::SetOutputColor(Color color) {
+  Output.BackColor = color;
+  Output.txtOutput.BackColor = color;
+}
+
+void frmMain::PlayTonePair(std::int16_t low_frequency, std::int16_t high_frequency, double seconds) {
+  modToneBox::PlayTonePair(house_.wave_images, low_frequency, high_frequency, seconds);
+}
+
+void frmMain::HotKeyPressed() {
+  ShowFromTray();
+  SetFocus(); // before all others
 }
 
 void frmMain::OpenAddress(const std::string& address) {

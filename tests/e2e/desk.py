@@ -58,6 +58,21 @@ class Screen:
         eventually(lambda: self._activated(window), f"the focus on {title}", timeout)
         return window
 
+    def visible(self, title, but=None, timeout=15):
+        """Waits for a window of that title on the screen, another one than `but`."""
+
+        def found():
+            return [w for w in self._xdotool("search", "--onlyvisible", "--name", f"^{title}$").split() if w != but]
+
+        return eventually(found, f"{title} on the screen", timeout)[-1]
+
+    def minimize(self, window):
+        self._xdotool("windowminimize", window)
+
+    def press(self, keys):
+        """Whatever locks are on stay on."""
+        self._xdotool("key", keys)
+
     def no_window(self, title):
         eventually(lambda: not self._xdotool("search", "--onlyvisible", "--name", f"^{title}$"), f"{title} closed")
 

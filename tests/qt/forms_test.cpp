@@ -8,11 +8,14 @@
 
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
+#include "drivers/sip/sip_line.h"
 #include "messages/folder_name_window.h"
 #include "messages/frmFolderPicker.h"
 #include "qt/binder.h"
 #include "qt/command_icons.h"
 #include "qt/form_factory.h"
+#include "settings_ui/dialogs/frmSipLine.h"
+#include "settings_ui/dialogs/frmWaveFormat.h"
 #include "support/desk.h"
 #include "test_form.h"
 
@@ -46,6 +49,11 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   frmRenameMsgFolder rename("old", take);
   ExpectALayout(rename);
 
+  SipLine line(desk.loop, SipSettings{});
+  frmSipLine sip_line(line);
+  ExpectALayout(sip_line);
+  frmWaveFormat wave_format("Wave format selection", WaveFormatRecord{});
+  ExpectALayout(wave_format);
   std::vector<std::string> opened;
   desk.windows.use = [&](Form& form) {
     opened.emplace_back(form.Name());
@@ -59,10 +67,10 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   const std::uint64_t key = desk.form.lvwCalls.AddRow({"1"}).key;
   desk.form.lvwCalls.SetSelection({key}, key);
   desk.form.lvwCalls.DblClick();
-  for (const int id : {command::kContacts, command::kCalls, command::kDialer})
+  for (const int id : {command::kContacts, command::kCalls, command::kDialer, command::kSettings})
     desk.form.ExecuteCommand(id);
-  EXPECT_THAT(opened,
-              testing::ElementsAre("frmOpen", "frmContacts", "frmContact", "frmImport", "frmCallLog", "frmDialer"));
+  EXPECT_THAT(opened, testing::ElementsAre("frmOpen", "frmContacts", "frmContact", "frmImport", "frmCallLog",
+                                           "frmDialer", "frmSettings"));
 }
 
 TEST(FormsTest, AllButtonsOfTheToolBarStandInTheWindow) {

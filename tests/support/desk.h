@@ -110,11 +110,16 @@ struct Desk {
   FakeImageCodec images;
   FakeAddressBooks address_books;
   FakeWaveImagePlayer wave_images;
-  frmMain form{{app,           settings,      loop,           loop,        loop,
-                registry,      desktop,       clipboard,      tray,        auto_start,
-                mmc,           journal,       lines,          windows,     boxes,
-                folder_picker, file_picker,   file_clipboard, appearance,  link_opener,
-                images,        address_books, wave_images,    home.Path(), "/opt/kelmio/kelmio"}};
+  FakeMultimediaDevice greeting;
+  FakeHotKeys hot_keys;
+  FakeColorPicker color_picker;
+  frmMain form{{app,         settings,       loop,        loop,
+                loop,        registry,       desktop,     clipboard,
+                tray,        auto_start,     mmc,         journal,
+                lines,       windows,        boxes,       folder_picker,
+                file_picker, file_clipboard, appearance,  link_opener,
+                images,      address_books,  wave_images, greeting,
+                hot_keys,    color_picker,   home.Path(), "/opt/kelmio/kelmio"}};
 };
 
 } // namespace kelmio::test

@@ -1,0 +1,51 @@
+// Keys that reach the program from anywhere on an X11 desktop.
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "platform/hot_keys.h"
+
+struct _XCBKeySymbols;
+struct xcb_connection_t;
+
+namespace kelmio {
+
+/// Grabs keys of the root window, whichever of the locks are on. A grab follows the keyboard when its layout changes.
+/// On desktops without X11 no key is to be had. User interface thread only.
+class QtHotKeys : public HotKeys, private QAbstractNativeEventFilter {
+public:
+  QtHotKeys();
+  QtHotKeys(const QtHotKeys&) = delete;
+  QtHotKeys& operator=(const QtHotKeys&) = delete;
+  ~QtHotKeys() override;
+
+  bool RegisterHotKey(int id, int modifiers, int key_code) override;
+  bool UnregisterHotKey(int id) override;
+
+private:
+  struct Key {
+    std::uint16_t modifiers = 0; // of X11
+    std::uint32_t symbol = 0;
+    std::vector<std::uint8_t> codes{}; // of the keyboard, as grabbed
+  };
+
+  bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
+
+  /// What the lock keys add to a key press, alone and together.
+  std::vector<std::uint16_t> LockCombinations() const;
+  /// All or nothing.
+  bool Grab(Key& key);
+  void Release(Key& key);
+  void RegrabAll();
+
+  xcb_connection_t* connection_ = nullptr; // the desktop's; nothing without X11
+  std::uint32_t root_ = 0;
+  _XCBKeySymbols* symbols_ = nullptr;
+  std::map<int, Key> keys_;
+};
+
+} // namespace kelmio
