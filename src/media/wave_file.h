@@ -17,6 +17,9 @@ namespace kelmio {
 /// Length of a wave file in milliseconds, rounded down; nothing when it can't be read. Any thread.
 std::optional<long> WaveLength(const std::string& path);
 
+/// Puts the entry of a file in its folder on the disk itself, as far as the folder may be opened. Any thread.
+void SyncFolderOf(const std::string& path);
+
 struct CloseSndfile {
   void operator()(sf_private_tag* file) const noexcept;
 };

@@ -41,6 +41,8 @@ std::string ErrorText(int error) {
   return std::generic_category().message(error);
 }
 
+} // namespace
+
 void SyncFolderOf(const std::string& path) {
   std::string folder = std::filesystem::path(path).parent_path().string();
   if (folder.empty())
@@ -51,8 +53,6 @@ void SyncFolderOf(const std::string& path) {
   ::fsync(fd);
   ::close(fd);
 }
-
-} // namespace
 
 // libsndfile writes through this. After the first refusal of the disk it freezes the file at its last whole
 // block: the header can still be written, but nothing more is added, so that header and sound agree.
