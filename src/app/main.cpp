@@ -18,6 +18,7 @@
 #include "drivers/sip/sip_driver.h"
 #include "media/media_sound.h"
 #include "media/pulse/pulse_desk_stream.h"
+#include "media/pulse/pulse_sound_input.h"
 #include "media/pulse/pulse_sound_output.h"
 #include "media/pulse/pulse_wave_image_player.h"
 #include "media/wave_device.h"
@@ -87,7 +88,8 @@ int Run(QApplication& application) {
   PulseSoundOutput sound_output(loop);
   WaveDevice mmc(timers, sound_output);
   PulseSoundOutput greeting_output(loop);
-  WaveDevice greeting(timers, greeting_output);
+  PulseSoundInput microphone;
+  WaveDevice greeting(timers, greeting_output, &microphone);
   PulseDeskStream desk(loop);
   MediaSoundFactory sounds(loop, &desk);
   PulseWaveImagePlayer wave_images;

@@ -18,7 +18,6 @@ namespace kelmio {
 
 /// Opens any wave file that can be read. Opening reads the header and no more, so that a length costs little.
 /// Without a sound device a file plays unheard: its position moves, and `Trouble` tells once for each opening.
-/// It doesn't record yet, and says so.
 /// A play for which no start was set goes on from the present position. The word for a file that can't be read waits
 /// for the next "Play" or "Close": a recording doesn't need the file.
 ///
