@@ -9,7 +9,7 @@
 
 #include "platform/hot_keys.h"
 
-struct _XCBKeySymbols;
+struct _XCBKeySymbols; // NOLINT(bugprone-reserved-identifier): the library's own name
 struct xcb_connection_t;
 
 namespace kelmio {
