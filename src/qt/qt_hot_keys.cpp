@@ -64,8 +64,9 @@ std::vector<std::uint8_t> CodesOf(xcb_key_symbols_t* symbols, std::uint32_t symb
 } // namespace
 
 QtHotKeys::QtHotKeys() {
+  // The platform without a screen has the interface too, and no connection behind it.
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr)
+  if (x11 == nullptr || QGuiApplication::platformName() != QStringLiteral("xcb"))
     return;
   connection_ = x11->connection();
   root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
