@@ -256,8 +256,20 @@ public:
       use(form);
     form.Visible = false;
   }
+  void Show(std::shared_ptr<Form> form, Activation activation) override {
+    form->Load();
+    form->Visible = true;
+    beside.push_back({std::move(form), activation});
+  }
+  void CloseAll() override { beside.clear(); }
+
+  struct Beside {
+    std::shared_ptr<Form> form;
+    Activation activation;
+  };
   std::function<void(Form&)> use;
   std::vector<Form*> shown;
+  std::vector<Beside> beside; // also those that have closed themselves
 };
 
 /// Keys and values in memory; names compare without regard to ASCII case.

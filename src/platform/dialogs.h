@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -68,6 +69,9 @@ public:
   virtual void SetSystemTheme(int theme) = 0;
 };
 
+/// Whether a window that opens takes the focus from the one that has it.
+enum class Activation { Takes, Leaves };
+
 /// Shows windows by their forms. User interface thread only.
 class Windows {
 public:
@@ -75,6 +79,13 @@ public:
   /// Calls `Load`, shows the window centred over `owner`, and returns once the form's `Visible` is false again.
   /// Pending events, calls among them, run meanwhile.
   virtual void ShowModal(Form& form, Form* owner) = 0;
+  /// Calls `Load` and shows the window beside the others, until the form's `Visible` is false again; returns at once,
+  /// with the window on the screen. The form is held as long as its window stands; a caller who lets pending events
+  /// run holds it too, since the window may close meanwhile. A window that takes the focus opens once: where one of
+  /// its name stands, that one comes to the front. Of those that leave it, several may stand.
+  virtual void Show(std::shared_ptr<Form> form, Activation activation) = 0;
+  /// Closes what `Show` has opened, at once and without asking the forms.
+  virtual void CloseAll() = 0;
 };
 
 } // namespace kelmio

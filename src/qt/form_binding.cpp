@@ -57,6 +57,12 @@ QWidget* WindowOf(const Form& form) {
   return nullptr;
 }
 
+void ShowFormNow(QWidget& window) {
+  for (QObject* child : window.children())
+    if (auto* binding = dynamic_cast<FormBinding*>(child))
+      binding->show_form();
+}
+
 QRect OnScreen(const QRect& wanted, const std::vector<QRect>& areas) {
   const QRect title(wanted.topLeft(), QSize(wanted.width(), kTitleHeight));
   for (const QRect& area : areas) {

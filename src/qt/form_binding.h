@@ -37,6 +37,9 @@ private:
   QRect known_; // the form's place as last given to the window or taken from it, in pixels
 };
 
+/// Brings the window and all its widgets up to date with the form at once, not first from the event loop.
+void ShowFormNow(QWidget& window);
+
 /// The widget that shows the form; nothing while there is none. For a form inside another window that is the pane.
 QWidget* WindowOf(const Form& form);
 

@@ -5,7 +5,9 @@
 #include <QKeyEvent>
 #include <QPointer>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "controls/form.h"
 #include "qt/form_binding.h"
@@ -39,6 +41,30 @@ protected:
 private:
   Form& form_;
   QEventLoop& loop_;
+};
+
+/// Tells the form of the Esc key, and once the window has hidden itself.
+class BesideWatch : public QObject {
+public:
+  BesideWatch(QWidget& window, Form& form, std::function<void()> hidden)
+      : QObject(&window), form_(form), hidden_(std::move(hidden)) {
+    window.installEventFilter(this);
+  }
+
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Hide && !event->spontaneous())
+      hidden_();
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+      RunHandler([this] { form_.EscapePressed(); });
+      return true;
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+private:
+  Form& form_;
+  std::function<void()> hidden_;
 };
 
 /// In the middle of the owner's window; with no owner to be seen, of the screen.
@@ -100,6 +126,57 @@ void QtWindows::ShowModal(Form& form, Form* owner) {
   delete window; // nothing when it has gone with its owner
   form.Visible = false;
   shown_.erase(shown);
+}
+
+QtWindows::~QtWindows() {
+  CloseAll();
+}
+
+void QtWindows::Show(std::shared_ptr<Form> form, Activation activation) {
+  if (activation == Activation::Takes)
+    for (const auto& standing : beside_)
+      if (standing->form->Name() == form->Name() && standing->form->Visible) {
+        standing->window->raise();
+        standing->window->activateWindow();
+        return;
+      }
+  form->Visible = false;
+  auto standing = std::make_unique<Beside>();
+  standing->form = form;
+  standing->window = MakeWindow(*form, form->Name());
+  QWidget& window = *standing->window;
+  beside_.push_back(std::move(standing));
+  if (activation == Activation::Leaves)
+    window.setAttribute(Qt::WA_ShowWithoutActivating);
+  RunHandler([&] { form->Load(); });
+  if (form->Centered())
+    Center(window, *form, QApplication::activeWindow());
+  else
+    TakeLayoutSize(window, *form);
+  const Form* key = form.get();
+  new BesideWatch(window, *form, [this, key, context = &window] {
+    QMetaObject::invokeMethod(
+        context, [this, key] { Drop(key); }, Qt::QueuedConnection);
+  });
+  form->Visible = true;
+  ShowFormNow(window);
+}
+
+void QtWindows::Drop(const Form* form) {
+  const auto found =
+      std::find_if(beside_.begin(), beside_.end(), [&](const auto& standing) { return standing->form.get() == form; });
+  if (found == beside_.end() || (*found)->form->Visible)
+    return;
+  // The window goes once no handler of its own is running any more, and then the form.
+  QWidget* window = (*found)->window.release();
+  QObject::connect(
+      window, &QObject::destroyed, QCoreApplication::instance(), [held = (*found)->form] {}, Qt::QueuedConnection);
+  window->deleteLater();
+  beside_.erase(found);
+}
+
+void QtWindows::CloseAll() {
+  beside_.clear();
 }
 
 } // namespace kelmio
