@@ -117,7 +117,9 @@ void frmCallLog::cmdSelectAll_Click() {
   keys.reserve(lvwCallLog.RowCount());
   for (const ListRow& row : lvwCallLog.Rows())
     keys.push_back(row.key);
-  lvwCallLog.SetSelection(keys, keys.front());
+  // The entry that "Add to Contact" takes stays the one that the user was on.
+  const std::size_t current = lvwCallLog.SelectedRow();
+  lvwCallLog.SetSelection(keys, current != 0 ? keys[current - 1] : keys.front());
   lvwCallLog.SetFocus();
 }
 

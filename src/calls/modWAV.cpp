@@ -45,6 +45,10 @@ std::int32_t Rounded(double value) {
   return static_cast<std::int32_t>(std::nearbyint(value));
 }
 
+bool IsKnown(std::int16_t bits_per_sample) {
+  return bits_per_sample == kBits8 || bits_per_sample == kBits16;
+}
+
 /// One sample of a channel: rounded towards minus infinity.
 std::int32_t Sample(const WaveFormatState& format, double volume, double sum) {
   const bool wide = format.BitsPerSample == kBits16;
@@ -73,7 +77,7 @@ WaveFormatState WaveInit(WaveImage& wave, std::int32_t sample_rate, std::int16_t
   Put(wave, kChannelsAt, format.ChannelCount, 2);
   Put(wave, kRateAt, sample_rate, 4);
   Put(wave, kByteRateAt, format.ChannelCount * sample_rate * format.BytesPerSample, 4);
-  if (bits_per_sample == kBits8 || bits_per_sample == kBits16) {
+  if (IsKnown(bits_per_sample)) {
     Put(wave, kBlockSizeAt, format.ChannelCount * format.BytesPerSample, 2);
     Put(wave, kBitsAt, bits_per_sample, 2);
   }
@@ -82,6 +86,8 @@ WaveFormatState WaveInit(WaveImage& wave, std::int32_t sample_rate, std::int16_t
 }
 
 void WaveAddTones(WaveImage& wave, const WaveFormatState& format, std::span<ToneSpec> tones, double seconds) {
+  if (!IsKnown(format.BitsPerSample))
+    return; // a sample of such a size has no place in the image
   const double sample_time = 1.0 / format.SampleRate;
   for (ToneSpec& tone : tones) {
     const double period = 1.0 / tone.Frequency;

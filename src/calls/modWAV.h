@@ -44,8 +44,8 @@ inline constexpr std::size_t kHeaderBytes = 44;
 WaveFormatState WaveInit(WaveImage& wave, std::int32_t sample_rate, std::int16_t bits_per_sample, ChannelMode mode,
                          double left_volume, double right_volume);
 
-/// Adds the sum of `tones` for so many seconds and fills in the sizes. In 8 bits the idle channel of a sound on one
-/// side holds zero bytes, which is the least level and not the middle.
+/// Adds the sum of `tones` for so many seconds and fills in the sizes; nothing for other than 8 or 16 bits. In 8 bits
+/// the idle channel of a sound on one side holds zero bytes, which is the least level and not the middle.
 void WaveAddTones(WaveImage& wave, const WaveFormatState& format, std::span<ToneSpec> tones, double seconds);
 
 /// Plays it to its end. False where there is no sound device.

@@ -87,8 +87,9 @@ TEST_F(CallLogWindowTest, HandsARowToDialerAndEditor) {
   Select({2, 3}, 3);
   form_.lvwCallLog.DblClick();
   EXPECT_EQ(app_.DialNumber, "2");
+  form_.cmdSelectAll.Click();
   form_.cmdAddToContact.Click();
-  EXPECT_EQ(app_.NewContactName, "Three");
+  EXPECT_EQ(app_.NewContactName, "Three") << "all are selected, and the one with the focus keeps it";
   EXPECT_EQ(app_.NewContactPhone, "3");
   EXPECT_EQ(app_.CurrentContactID, "");
   EXPECT_TRUE(app_.ContactOpenedExternally);

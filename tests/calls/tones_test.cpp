@@ -90,7 +90,9 @@ TEST(TonesTest, KnowsEightBitsAndSoundOnOneSide) {
       EXPECT_EQ(Number(wave, 44 + channels + channel, 1), c.second_frame[channel]) << channel;
   }
   WaveImage odd;
-  modWAV::WaveInit(odd, 8000, 12, ChannelMode::Stereo, 1, 1);
+  std::vector<ToneSpec> tone = {{1000, 0, 1.0, 1.0}};
+  modWAV::WaveAddTones(odd, modWAV::WaveInit(odd, 8000, 12, ChannelMode::Stereo, 1, 1), tone, 0.25);
+  EXPECT_EQ(odd.size(), modWAV::kHeaderBytes);
   EXPECT_EQ(Number(odd, 32, 4), 0U) << "neither a block size nor bits are written for 12 bits";
 }
 
