@@ -73,10 +73,6 @@ void ApplyLook(QApplication& application, const Tones& tones) {
   application.setStyleSheet(ReadSheet(QStringLiteral(":/look.qss")) + ThemeSheet(tones));
 }
 
-void ApplyLook(QApplication& application, Scheme scheme) {
-  ApplyLook(application, TonesOf(kGradientTheme, kBlueVariant, scheme));
-}
-
 void ApplyDesktopLook(QApplication& application, const QString& style) {
   application.setStyleSheet(QString());
   QApplication::setStyle(QStyleFactory::create(style));

@@ -12,8 +12,6 @@ Scheme DesktopScheme(const QApplication& application);
 
 /// A look of our own colours.
 void ApplyLook(QApplication& application, const Tones& tones);
-/// The look of the first start.
-void ApplyLook(QApplication& application, Scheme scheme);
 /// The desktop's own style and colours; `style` is the name of the style that the application started with.
 void ApplyDesktopLook(QApplication& application, const QString& style);
 

@@ -72,7 +72,7 @@ TEST(QtAppearanceTest, EachThemeHasALookOfItsOwnAndUnknownOnesAreTheDefault) {
     EXPECT_EQ(look(), blue);
     EXPECT_FALSE(application.styleSheet().contains('@')) << "a colour's name that no theme fills";
   }
-  ApplyLook(application, Scheme::Light);
+  ApplyLook(application, TonesOf(kGradientTheme, kBlueVariant, Scheme::Light));
 }
 
 } // namespace

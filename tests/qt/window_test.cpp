@@ -100,7 +100,7 @@ TEST(LayoutTest, UnknownNamesHaveNoLayout) {
 TEST(LookTest, TextReadsOnItsGroundInLightAndDark) {
   auto& application = *static_cast<QApplication*>(QCoreApplication::instance());
   for (const Scheme scheme : {Scheme::Light, Scheme::Dark}) {
-    ApplyLook(application, scheme);
+    ApplyLook(application, TonesOf(kGradientTheme, kBlueVariant, scheme));
     EXPECT_EQ(DesktopScheme(application), scheme);
     const QPalette palette = QApplication::palette();
     const auto contrast = [&](QPalette::ColorRole text, QPalette::ColorRole ground) {
@@ -111,7 +111,7 @@ TEST(LookTest, TextReadsOnItsGroundInLightAndDark) {
     EXPECT_GT(contrast(QPalette::HighlightedText, QPalette::Highlight), 100);
     EXPECT_GT(contrast(QPalette::Link, QPalette::Base), 90);
   }
-  ApplyLook(application, Scheme::Light);
+  ApplyLook(application, TonesOf(kGradientTheme, kBlueVariant, Scheme::Light));
 }
 
 } // namespace
