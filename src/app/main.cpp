@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "address_books/separate_address_books.h"
@@ -22,6 +23,7 @@
 #include "media/pulse/pulse_sound_output.h"
 #include "media/pulse/pulse_wave_image_player.h"
 #include "media/wave_device.h"
+#include "qt/dbus_notifications.h"
 #include "qt/form_factory.h"
 #include "qt/picture_file.h"
 #include "qt/qt_appearance.h"
@@ -51,9 +53,14 @@ std::vector<std::string> PlacesFromEnvironment(const Surroundings& surroundings)
   return places;
 }
 
-/// The program that reads address books stands beside this one.
+/// The program that reads address books stands beside this one, or among the helpers of the installed one.
 std::string AddressBookReader(const std::string& executable) {
-  return (std::filesystem::path(executable).parent_path() / "kelmio-address-books").string();
+  const std::filesystem::path folder = std::filesystem::path(executable).parent_path();
+  const char* const name = "kelmio-address-books";
+  std::error_code error;
+  if (const auto beside = folder / name; std::filesystem::exists(beside, error))
+    return beside.string();
+  return (folder / KELMIO_HELPERS / name).lexically_normal().string();
 }
 
 } // namespace
@@ -80,6 +87,7 @@ int Run(QApplication& application) {
   QtFileClipboard file_clipboard;
   QtColorPicker color_picker;
   QtHotKeys hot_keys;
+  DBusNotifications notifications;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
   QtImageCodec images;
@@ -101,11 +109,11 @@ int Run(QApplication& application) {
 
   AppState app;
   Settings settings;
-  frmMain main_form({app,        settings,     loop,     timers,        clock,       registry,
-                     desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
-                     lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
-                     appearance, link_opener,  images,   address_books, wave_images, greeting,
-                     hot_keys,   color_picker, app_path, executable});
+  frmMain main_form({app,        settings,     loop,          timers,        clock,       registry,
+                     desktop,    clipboard,    tray,          auto_start,    mmc,         journal,
+                     lines,      windows,      boxes,         folder_picker, file_picker, file_clipboard,
+                     appearance, link_opener,  images,        address_books, wave_images, greeting,
+                     hot_keys,   color_picker, notifications, app_path,      executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();
