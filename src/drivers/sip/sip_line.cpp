@@ -84,6 +84,7 @@ bool SipLine::Open(LineEvents& events) {
     return false;
   }
   session_ = std::move(session);
+  events_ = &events;
   return true;
 }
 
@@ -93,6 +94,7 @@ void SipLine::Close() {
   session_.reset();
   open_error_ = 0;
   TakeOverWaiting();
+  events_ = nullptr;
 }
 
 std::shared_ptr<DeviceCall> SipLine::MakeCall(const std::string& number) {
@@ -169,8 +171,10 @@ void SipLine::TakeOverWaiting() {
   const SipTakeOver result = TakeOver(*std::exchange(waiting_, std::nullopt));
   if (result.state == SipTakeOver::State::Waiting)
     return;
-  if (session_)
-    session_->Log("SIP line: " + (result.words.empty() ? StateInWords() : result.words));
+  // A line that is being closed has a word for what went wrong alone.
+  const std::string words = result.words.empty() && session_ ? StateInWords() : result.words;
+  if (events_ && !words.empty())
+    events_->Log("SIP line: " + words);
   if (changed_)
     changed_();
 }

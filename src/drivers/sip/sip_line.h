@@ -52,6 +52,7 @@ private:
   SipSettings settings_;
   std::optional<SipSettings> waiting_; // for the end of a call
   int open_error_ = 0;                 // why the line isn't reachable although it was opened
+  LineEvents* events_ = nullptr;       // of the open line
   std::shared_ptr<SipSession> session_;
   std::optional<LinesFile> file_;
   SipConfigDialog* dialog_ = nullptr;

@@ -84,11 +84,6 @@ void SipSession::Close() {
     engine_->Stop();
 }
 
-void SipSession::Log(const std::string& text) {
-  if (events_)
-    events_->Log(text);
-}
-
 void SipSession::Push(SipCommand command) {
   if (IsOpen() && engine_)
     engine_->Push(std::move(command));

@@ -40,7 +40,6 @@ public:
   bool HasCall() const { return call_ != nullptr; }
 
   std::shared_ptr<DeviceCall> MakeCall(const std::string& number);
-  void Log(const std::string& text);
 
 private:
   class Call;

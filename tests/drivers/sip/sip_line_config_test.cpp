@@ -172,6 +172,20 @@ TEST_F(SipLineConfigTest, TakesWaitingSettingsOverWhenItIsClosed) {
   EXPECT_EQ(Line().Port(), settings.listen.port);
 }
 
+TEST_F(SipLineConfigTest, SaysWhenItIsClosedThatTheWaitingSettingsCameToNothing) {
+  const SipSettings before_call = Line().Settings();
+  CallUp();
+  SipDriver other(loop, OnAnyPort());
+  ReportsOfTest deaf;
+  ASSERT_TRUE(other.Line().Open(deaf));
+  const std::uint16_t taken = other.Line().Port();
+  EXPECT_EQ(Line().TakeOver(OnPort(taken)).state, State::Waiting);
+  Line().Close();
+  EXPECT_TRUE(reports.Logged("SIP line: Port " + std::to_string(taken) +
+                             " is taken by another program. The settings stay as they were."));
+  EXPECT_EQ(Line().Settings(), before_call);
+}
+
 /// A network of this process's own in which this computer has a public address as well.
 bool EnterNetworkWithPublicAddress(const char* address) {
   if (::unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0 && ::unshare(CLONE_NEWNET) != 0)
