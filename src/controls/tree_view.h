@@ -45,7 +45,8 @@ public:
 
   /// The mouse button was released; the node under the pointer, or nothing.
   std::function<void(MouseButton, const TreeNode*)> MouseUp = [](MouseButton, const TreeNode*) {};
-  /// The user selected another node, by mouse or keys.
+  /// The user selected another node without a click that `MouseUp` tells: by keys, or by a press that was let go beside
+  /// the nodes.
   std::function<void()> NodeClick = [] {};
   /// A drag hovers over a node; nothing beside the nodes.
   std::function<void(const TreeNode*)> DragOver = [](const TreeNode*) {};

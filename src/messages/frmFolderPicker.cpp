@@ -11,6 +11,7 @@ frmFolderPicker::frmFolderPicker(const std::string& caption, const std::string& 
   cmdOK.Caption = "OK";
   cmdCancel.Caption = "Cancel";
   twvFolders.NodeClick = [this] { twvFolders_Click(); };
+  twvFolders.MouseUp = [this](TreeView::MouseButton, const TreeNode*) { twvFolders_Click(); };
   cmdOK.Click = [this] { cmdOK_Click(); };
   cmdCancel.Click = [this] { cmdCancel_Click(); };
 }

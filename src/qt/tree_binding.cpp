@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controls/tree_view.h"
@@ -65,6 +66,7 @@ protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (watched == &widget_ && event->type() == QEvent::KeyPress) {
       // Who walks the nodes by keys has no button to release.
+      pressed_ = false;
       const int key = static_cast<QKeyEvent*>(event)->key();
       if ((key == Qt::Key_Return || key == Qt::Key_Enter) && widget_.currentItem() != nullptr)
         Tell(TreeView::MouseButton::Left, KeyOf(widget_.currentItem()));
@@ -72,11 +74,13 @@ protected:
     if (watched == viewport_)
       switch (event->type()) {
       case QEvent::MouseButtonPress:
+        pressed_ = true;
         // A right click asks about a node; the selected one, whose messages are on show, stays.
         if (static_cast<QMouseEvent*>(event)->button() == Qt::RightButton)
           return true;
         break;
       case QEvent::MouseButtonRelease:
+        pressed_ = false;
         TellMouse(*static_cast<QMouseEvent*>(event));
         break;
       case QEvent::DragEnter:
@@ -156,7 +160,11 @@ private:
     // The view makes some node the current one when it gets the focus; that alone selects nothing.
     const QList<QTreeWidgetItem*> selected = widget_.selectedItems();
     const std::string key = selected.isEmpty() ? std::string() : KeyOf(selected.front());
-    if (!key.empty() && Write([&] { model_.Select(key); }))
+    if (key.empty() || !Write([&] { model_.Select(key); }))
+      return;
+    if (pressed_)
+      selected_by_press_ = true; // the release tells
+    else
       click_.Request();
   }
 
@@ -182,6 +190,9 @@ private:
       Tell(TreeView::MouseButton::Right, KeyOf(item));
     else if (event.button() == Qt::LeftButton && !on_arrow) // which opens and closes, and selects nothing
       Tell(TreeView::MouseButton::Left, KeyOf(item));
+    const bool clicked = item != nullptr && !on_arrow && event.button() == Qt::LeftButton;
+    if (std::exchange(selected_by_press_, false) && !clicked)
+      click_.Request();
   }
 
   // Later, when the widget has settled its selection and the model has been told of it.
@@ -232,6 +243,8 @@ private:
   std::map<std::string, QTreeWidgetItem*> items_;
   std::set<std::string> opened_; // keys of the nodes that the user has opened
   std::string hovered_;
+  bool pressed_ = false;           // a button is down
+  bool selected_by_press_ = false; // and another node is selected since
 };
 
 } // namespace
