@@ -7,6 +7,7 @@
 #include "qt/bindings.h"
 #include "qt/colors.h"
 #include "qt/picture_file.h"
+#include "qt/units.h"
 #include "qt/wave_view.h"
 
 namespace kelmio {
@@ -15,7 +16,8 @@ namespace {
 
 class PictureBinding : public ControlBinding {
 public:
-  PictureBinding(QLabel& widget, PictureBox& model) : ControlBinding(model, widget), widget_(widget), model_(model) {
+  PictureBinding(QLabel& widget, PictureBox& model)
+      : ControlBinding(model, widget), widget_(widget), model_(model), swatch_(widget.property("swatch").toBool()) {
     widget.setScaledContents(true); // to the whole box, whatever its proportions
     widget.setBackgroundRole(QPalette::Base);
     widget.setAutoFillBackground(true);
@@ -24,7 +26,13 @@ public:
 
 protected:
   void Show() override {
-    SetBackColor(widget_, model_.BackColor);
+    if (swatch_) {
+      QPalette palette; // the frame follows the theme
+      palette.setColor(QPalette::Base, ToColor(model_.BackColor));
+      widget_.setPalette(palette);
+    } else {
+      SetBackColor(widget_, model_.BackColor);
+    }
     if (!model_.Drawing.Get().Empty())
       widget_.setPixmap(QPixmap::fromImage(ToQImage(model_.Drawing)));
     else
@@ -32,14 +40,18 @@ protected:
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::MouseButtonRelease && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
-      RunHandler([this] { model_.Click(); });
+    if (event->type() == QEvent::MouseButtonRelease) {
+      const auto& mouse = static_cast<const QMouseEvent&>(*event);
+      if (mouse.button() == Qt::LeftButton && widget_.rect().contains(mouse.position().toPoint()))
+        RunHandler([this] { model_.Click(); });
+    }
     return ControlBinding::eventFilter(watched, event);
   }
 
 private:
   QLabel& widget_;
   PictureBox& model_;
+  bool swatch_; // it shows the colour itself, not what the colour stands for
 };
 
 class SpectrumBinding : public ControlBinding {

@@ -15,6 +15,7 @@ constexpr int kThumbSize = 16;
 constexpr double kThumbRadius = 6.5;
 constexpr double kFocusRadius = 7.75;
 constexpr double kRailThickness = 4;
+constexpr float kRailStrength = 0.25F; // of the text colour, from 0 to 1
 constexpr int kLeastLength = 60;
 constexpr int kUsualLength = 200;
 constexpr int kThickness = 22;
@@ -94,7 +95,9 @@ void SliderWidget::paintEvent(QPaintEvent* /*event*/) {
   const QRectF rail = Flat() ? QRectF(end, thumb.y() - kRailThickness / 2, width() - 2 * end, kRailThickness)
                              : QRectF(thumb.x() - kRailThickness / 2, end, kRailThickness, height() - 2 * end);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(palette().color(QPalette::Mid));
+  QColor ground = palette().color(group, QPalette::WindowText);
+  ground.setAlphaF(kRailStrength); // so that it stands out from any page
+  painter.setBrush(ground);
   painter.drawRoundedRect(rail, kRailThickness / 2, kRailThickness / 2);
   if (filled_) {
     QRectF done = rail; // from the end of the lowest value, which is the bottom of an upright slider

@@ -62,6 +62,22 @@ TEST_F(DrawnControlsTest, AClickThatAnotherKindOfLabelCannotTellIsAMissingWidget
   EXPECT_THAT(Bind(window_, form_), ElementsAre("lblTitle"));
 }
 
+TEST_F(DrawnControlsTest, ASwatchShowsItsColorAndTellsAClickThatEndsOnIt) {
+  int clicks = 0;
+  form_.picPhoto.Click = [&] { ++clicks; };
+  QPalette dark;
+  dark.setColor(QPalette::Base, Qt::black);
+  window_.setPalette(dark);
+  window_.photo->setProperty("swatch", true);
+  Show();
+  EXPECT_EQ(window_.photo->palette().color(QPalette::Base), QColor(Qt::white));
+  QTest::mousePress(window_.photo, Qt::LeftButton, {}, QPoint(5, 5));
+  QTest::mouseRelease(window_.photo, Qt::LeftButton, {}, QPoint(-5, 5));
+  EXPECT_EQ(clicks, 0);
+  QTest::mouseClick(window_.photo, Qt::LeftButton, {}, QPoint(5, 5));
+  EXPECT_EQ(clicks, 1);
+}
+
 TEST_F(DrawnControlsTest, APictureFollowsItsFile) {
   Show();
   const QString path = folder_.filePath("1.bmp");
