@@ -101,6 +101,8 @@ public:
 } // namespace
 
 void OpenPopup(const CommandBar& popup, QWidget* parent, ItemActions::Execute execute, ItemActions::KeyText key_text) {
+  if (popup.items.empty()) // a menu without items never closes, and so would never go
+    return;
   auto* menu = new Popup(parent, std::move(execute), std::move(key_text));
   menu->actions.Show(popup.items);
   menu->popup(QCursor::pos());

@@ -48,7 +48,7 @@ private:
   std::vector<Node> nodes_;
 };
 
-/// Opens a popup of these items at the pointer; it deletes itself when it closes.
+/// Opens a popup of these items at the pointer; it deletes itself when it closes. Nothing happens without items.
 void OpenPopup(const CommandBar& popup, QWidget* parent, ItemActions::Execute execute,
                ItemActions::KeyText key_text = {});
 
