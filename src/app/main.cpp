@@ -23,6 +23,7 @@
 #include "media/pulse/pulse_sound_output.h"
 #include "media/pulse/pulse_wave_image_player.h"
 #include "media/wave_device.h"
+#include "qt/dbus_notifications.h"
 #include "qt/form_factory.h"
 #include "qt/picture_file.h"
 #include "qt/qt_appearance.h"
@@ -86,6 +87,7 @@ int Run(QApplication& application) {
   QtFileClipboard file_clipboard;
   QtColorPicker color_picker;
   QtHotKeys hot_keys;
+  DBusNotifications notifications;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
   QtImageCodec images;
@@ -111,7 +113,7 @@ int Run(QApplication& application) {
                      desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
                      lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
                      appearance, link_opener,  images,   address_books, wave_images, greeting,
-                     hot_keys,   color_picker, app_path, executable});
+                     hot_keys,   color_picker, notifications, app_path, executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

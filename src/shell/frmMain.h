@@ -34,10 +34,12 @@
 #include "platform/image.h"
 #include "platform/journal.h"
 #include "platform/multimedia_device.h"
+#include "platform/notifications.h"
 #include "platform/registry_store.h"
 #include "platform/wave_image_player.h"
 #include "settings_ui/mHotKeys.h"
 #include "settings_ui/settings_host.h"
+#include "shell/call_notice.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
 #include "telephony/call_monitor.h"
@@ -88,6 +90,7 @@ public:
     MultimediaDevice& greeting; // the settings window's own
     HotKeys& hot_keys;
     ColorPicker& color_picker;
+    Notifications& notifications;
     std::string app_path;   // the program's folder with a closing separator
     std::string executable; // full path
   };
@@ -131,6 +134,7 @@ private:
   MessagePlayback playback_;
   CallMonitor monitor_;
   SystemControl system_;
+  CallNotice notice_;
   MessageRecording recording_;
   CallHandling calls_;
   mHotKeys hot_keys_;

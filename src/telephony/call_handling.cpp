@@ -17,15 +17,15 @@ void CallHandling::Listen(TAPIExCtl& control) {
   control.OnNewCall = [this](const CallRef& call) { OnNewCall(call); };
   control.OnOffering = [this](const CallRef& call, long) { OnOffering(call); };
   control.OnRing = [this](const CallRef& call, int ring_count, long) { OnRing(call, ring_count); };
-  control.OnCallerID = [this](const CallRef&, const std::string& name, const std::string& number) {
-    OnCallerID(name, number);
+  control.OnCallerID = [this](const CallRef& call, const std::string& name, const std::string& number) {
+    OnCallerID(call, name, number);
   };
   control.OnCallState = [this](const CallRef& call, CallState state) { OnCallState(call, state); };
   control.OnConnected = [this](const CallRef& call, long) { OnConnected(call); };
   control.OnPlayDone = [this](const CallRef&) { OnPlayDone(); };
   control.OnDisConnected = [this](const CallRef& call, long) { OnDisConnected(call); };
   control.OnIdle = [this](const CallRef& call) { OnIdle(call); };
-  control.OnEndCall = [this](const CallRef&) { OnEndCall(); };
+  control.OnEndCall = [this](const CallRef& call) { OnEndCall(call); };
   control.OnDTMF = [this](const CallRef&, int digit, long, long) { house_.monitor.OnDTMF(digit); };
   control.OnTone = [this](const CallRef&, long) { house_.monitor.OnTone(); };
   control.OnSilence = [this](const CallRef& call, long) { house_.recording.OnSilence(call); };
@@ -39,6 +39,7 @@ void CallHandling::OnNewCall(const CallRef& call) {
   house_.context.ForgetCaller();
   house_.context.CurrentCall = call;
   house_.host.EnableCommand(kCommandAnswer, true);
+  house_.watcher.CallBegan(call);
 }
 
 void CallHandling::OnOffering(const CallRef& call) {
@@ -58,6 +59,7 @@ void CallHandling::OnRing(const CallRef& call, int ring_count) {
   house_.host.SetPanel(kPanelActivity, "New call. Ringing: " + std::to_string(ring_count));
   context.CurrentCall = call;
   context.ManualCall = false;
+  house_.watcher.CallRings(call);
   if (context.CallerNumber.empty() && ring_count >= kFallbackRing) {
     if (context.CallerName.empty())
       context.CallerName = kUnknown;
@@ -73,7 +75,7 @@ void CallHandling::OnRing(const CallRef& call, int ring_count) {
     call->Answer();
 }
 
-void CallHandling::OnCallerID(const std::string& name, const std::string& number) {
+void CallHandling::OnCallerID(const CallRef& call, const std::string& name, const std::string& number) {
   CallContext& context = house_.context;
   context.CallerName = name;
   context.CallerNumber = number;
@@ -88,6 +90,7 @@ void CallHandling::OnCallerID(const std::string& name, const std::string& number
     context.CallerName = kUnknown;
   context.ManualCall = false;
   const std::string shown_name = context.CallerName;
+  house_.watcher.CallerKnown(call, shown_name, number);
   house_.call_log.LogNewCall(shown_name, number);
   if (house_.settings.NewCallAlert == 1)
     house_.host.ShowNewCallAlert(shown_name, number);
@@ -104,7 +107,9 @@ void CallHandling::OnCallState(const CallRef& call, CallState state) {
 void CallHandling::OnConnected(const CallRef& call) {
   house_.host.SetPanel(kPanelLine, "Connected");
   house_.host.EnableCommand(kCommandAnswer, false);
-  if (house_.context.ManualCall || house_.settings.AutoAnswerIncoming != 1) {
+  const bool by_machine = !house_.context.ManualCall && house_.settings.AutoAnswerIncoming == 1;
+  house_.watcher.CallTaken(call, by_machine);
+  if (!by_machine) {
     call->UseDesk();
     return;
   }
@@ -135,12 +140,13 @@ void CallHandling::OnIdle(const CallRef& call) {
   house_.context.ForgetCaller();
 }
 
-void CallHandling::OnEndCall() {
+void CallHandling::OnEndCall(const CallRef& call) {
   house_.host.EnableCommand(kCommandAnswer, false);
   house_.host.EnableCommand(kCommandRecord, true);
   house_.context.ManualCall = false;
   house_.context.ForgetCaller();
   house_.monitor.tmrCallTime.SetEnabled(false);
+  house_.watcher.CallOver(call);
   // The refresh lets events run: a quick next call's handlers may run inside it, so that it comes last.
   house_.host.RefreshMessageList();
 }

@@ -10,6 +10,7 @@
 #include "telephony/call_context.h"
 #include "telephony/call_host.h"
 #include "telephony/call_monitor.h"
+#include "telephony/call_watcher.h"
 #include "telephony/message_recording.h"
 
 namespace kelmio {
@@ -28,6 +29,7 @@ public:
     const Settings& settings;
     CallContext& context;
     CallHost& host;
+    CallWatcher& watcher;
     CallMonitor& monitor;
     MessageRecording& recording;
     ContactTable& contacts;
@@ -41,13 +43,13 @@ public:
   void OnNewCall(const CallRef& call);
   void OnOffering(const CallRef& call);
   void OnRing(const CallRef& call, int ring_count);
-  void OnCallerID(const std::string& name, const std::string& number);
+  void OnCallerID(const CallRef& call, const std::string& name, const std::string& number);
   void OnCallState(const CallRef& call, CallState state);
   void OnConnected(const CallRef& call);
   void OnPlayDone();
   void OnDisConnected(const CallRef& call);
   void OnIdle(const CallRef& call);
-  void OnEndCall();
+  void OnEndCall(const CallRef& call);
 
   /// The user answers `CurrentCall`.
   void AnswerCall();

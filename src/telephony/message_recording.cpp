@@ -63,6 +63,8 @@ void MessageRecording::StartCallRecording(const std::string& mode) {
     return;
   house_.messages.SetRecording(path);
   recorded_ = call;
+  if (mode == kModeAuto)
+    house_.watcher.MessageBegun(call);
   house_.host.SetPanel(kPanelActivity, "Recording call...");
   tmrSilence.SetEnabled(false);
   call->RecordMark = 1;
@@ -78,6 +80,7 @@ void MessageRecording::StopMarkedRecording(const CallRef& call) {
 
 void MessageRecording::StopRecord() {
   if (const CallRef call = house_.context.CurrentCall) {
+    house_.watcher.CallDropped(call);
     if (call->RecordMark == 1) {
       call->StopPlay();
       StopMarkedRecording(call);

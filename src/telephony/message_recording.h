@@ -12,6 +12,7 @@
 #include "telephony/call_context.h"
 #include "telephony/call_host.h"
 #include "telephony/call_monitor.h"
+#include "telephony/call_watcher.h"
 
 namespace kelmio {
 
@@ -28,6 +29,7 @@ public:
     const Settings& settings;
     CallContext& context;
     CallHost& host;
+    CallWatcher& watcher;
     TAPIExCtl& control;
     CallMonitor& monitor;
     ContactTable& contacts;

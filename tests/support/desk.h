@@ -11,6 +11,7 @@
 #include "fakes/fake_call_sound.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
+#include "fakes/fake_notifications.h"
 #include "fakes/scripted_line.h"
 #include "shell/command_table.h"
 #include "shell/frmMain.h"
@@ -113,13 +114,14 @@ struct Desk {
   FakeMultimediaDevice greeting;
   FakeHotKeys hot_keys;
   FakeColorPicker color_picker;
+  FakeNotifications notifications;
   frmMain form{{app,         settings,       loop,        loop,
                 loop,        registry,       desktop,     clipboard,
                 tray,        auto_start,     mmc,         journal,
                 lines,       windows,        boxes,       folder_picker,
                 file_picker, file_clipboard, appearance,  link_opener,
                 images,      address_books,  wave_images, greeting,
-                hot_keys,    color_picker,   home.Path(), "/opt/kelmio/kelmio"}};
+                hot_keys,    color_picker,   notifications, home.Path(), "/opt/kelmio/kelmio"}};
 };
 
 } // namespace kelmio::test
