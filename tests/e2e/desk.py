@@ -1,6 +1,7 @@
 """A desk for the program: a screen with a window manager, and a sound server with microphone and loudspeaker."""
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -25,7 +26,7 @@ class Screen:
         self._processes = []
         reader, writer = os.pipe()
         self._start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset",
-                    fds=(writer,))
+                    "-fbdir", self._folder, fds=(writer,))
         os.close(writer)
         # Xvfb tells the number that it has found free, to the end of the line, or ends.
         with os.fdopen(reader) as told:
@@ -84,6 +85,18 @@ class Screen:
     def click(self, window, x, y):
         """At a place inside the window, in pixels."""
         self._xdotool("mousemove", "--window", window, str(x), str(y), "click", "1")
+
+    def pixels(self, window, x, y, width, height):
+        """What a part of a window shows: rows of pixels, each with blue, green and red from 0 to 255."""
+        geometry = self._xdotool("getwindowgeometry", "--shell", window)
+        left, top = (int(re.search(rf"^{side}=(-?\d+)$", geometry, re.MULTILINE).group(1)) for side in "XY")
+        # The screen is a file in the format of the X window dump: a header of big-endian words, which counts its own
+        # bytes (0), those of a row (12) and the colours (19, of 12 bytes each) before the picture.
+        screen = (pathlib.Path(self._folder) / "Xvfb_screen0").read_bytes()
+        head = np.frombuffer(screen[:100], ">u4")
+        rows = np.frombuffer(screen[head[0] + 12 * head[19] :], np.uint8)
+        rows = rows[: len(rows) // head[12] * head[12]].reshape(-1, head[12] // 4, 4)
+        return rows[top + y : top + y + height, left + x : left + x + width, :3]
 
     def type(self, text):
         self._xdotool("type", "--delay", "20", text)
@@ -151,8 +164,7 @@ class SoundDesk:
 
     def heard(self):
         """All that the loudspeaker has played so far, as samples of 8000 a second."""
-        whole = np.frombuffer(bytes(self._played[: len(self._played) // 4 * 4]), "<i2").astype(np.float64)
-        return ((whole[0::2] + whole[1::2]) / 2).astype(np.int16)
+        return sound.halve(bytes(self._played))
 
     def listeners(self):
         """How many programs have the microphone open."""

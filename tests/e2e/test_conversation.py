@@ -119,17 +119,7 @@ class Conversation(unittest.TestCase):
         self.screen.window("Dialer")
 
     def assert_same_voice(self, said, heard, what):
-        """Piece by piece: the clocks of line and desk differ, and the sound follows now the one and now the other."""
-        piece, reach = sound.RATE // 4, sound.RATE // 10
-        start = sound.offset_of(said, heard)
-        alike = []
-        for at in range(0, len(said) - piece, piece):
-            low = max(start + at - reach, 0)
-            near = heard[low : start + at + piece + reach].astype(np.float64)
-            part = said[at : at + piece].astype(np.float64)
-            products = np.correlate(near, part) if len(near) >= piece else np.zeros(1)
-            loudness = np.sqrt(np.convolve(near**2, np.ones(piece), "valid") * np.sum(part**2)) + 1
-            alike.append(float(np.max(products / loudness[: len(products)])))
+        alike = sound.pieces_alike(said, heard)
         self.assertGreater(np.mean(alike), SAME_VOICE, f"{what}: {alike}")
         self.assertGreater(sum(one > SAME_VOICE for one in alike), 0.9 * len(alike), f"{what}: {alike}")
 
