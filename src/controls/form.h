@@ -17,6 +17,8 @@ class PictureBox;
 class SpectrumView;
 class TabControl;
 class TreeView;
+class WebBrowser;
+class jcForms;
 class ucSlider;
 
 /// Visits a form's controls; one overload a control kind. The binder and tests implement it.
@@ -38,6 +40,8 @@ public:
   virtual void Visit(std::string_view name, PictureBox& control) = 0;
   virtual void Visit(std::string_view name, SpectrumView& control) = 0;
   virtual void Visit(std::string_view name, ucSlider& control) = 0;
+  virtual void Visit(std::string_view name, jcForms& control) = 0;
+  virtual void Visit(std::string_view name, WebBrowser& control) = 0;
 };
 
 enum class WindowState { Normal, Minimized, Maximized };

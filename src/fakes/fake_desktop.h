@@ -27,10 +27,12 @@ public:
   int WorkAreaWidth() const override { return width; }
   int WorkAreaHeight() const override { return height; }
   std::optional<VisualStyle> CurrentStyle() const override { return style; }
+  std::string LanguageName() const override { return language; }
 
   int width = 1280 * kTwipsPerPixel;
   int height = 1024 * kTwipsPerPixel;
   std::optional<VisualStyle> style;
+  std::string language = "English";
 };
 
 class FakeClipboard : public Clipboard {

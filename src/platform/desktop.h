@@ -29,6 +29,8 @@ public:
   virtual int WorkAreaHeight() const = 0;
   /// Nothing when the desktop has no such data.
   virtual std::optional<VisualStyle> CurrentStyle() const = 0;
+  /// English name of the user's language, such as "Spanish".
+  virtual std::string LanguageName() const = 0;
 };
 
 /// The clipboard, text only. User interface thread only.

@@ -12,7 +12,7 @@ namespace kelmio {
 class Form;
 
 enum class BoxButtons { Ok, YesNo, YesNoCancel };
-enum class BoxIcon { None, Warning };
+enum class BoxIcon { None, Warning, Stop };
 enum class BoxAnswer { Ok, Yes, No, Cancel };
 
 /// User interface thread only. Pending events run while a box is open.

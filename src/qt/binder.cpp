@@ -4,11 +4,13 @@
 
 #include "controls/command_bars.h"
 #include "controls/docking_panes.h"
+#include "controls/jcForms.h"
 #include "controls/list_view.h"
 #include "controls/picture_box.h"
 #include "controls/spectrum_view.h"
 #include "controls/tree_view.h"
 #include "controls/ucSlider.h"
+#include "controls/web_browser.h"
 #include "qt/bindings.h"
 #include "qt/form_binding.h"
 
@@ -35,6 +37,8 @@ public:
   void Visit(std::string_view name, PictureBox& control) override { BindByName(name, control); }
   void Visit(std::string_view name, SpectrumView& control) override { BindByName(name, control); }
   void Visit(std::string_view name, ucSlider& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, jcForms& control) override { BindByName(name, control); }
+  void Visit(std::string_view name, WebBrowser& control) override { BindByName(name, control); }
 
   std::vector<ControlBinding*> bindings;
   std::vector<std::string> missing;

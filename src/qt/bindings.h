@@ -15,6 +15,8 @@ class PictureBox;
 class SpectrumView;
 class TabControl;
 class TreeView;
+class WebBrowser;
+class jcForms;
 class ucSlider;
 
 /// Each returns nothing when the widget is of a kind that can't show the control.
@@ -33,5 +35,7 @@ ControlBinding* BindControl(QWidget& widget, TreeView& tree);
 ControlBinding* BindControl(QWidget& widget, PictureBox& box);
 ControlBinding* BindControl(QWidget& widget, SpectrumView& view);
 ControlBinding* BindControl(QWidget& widget, ucSlider& slider);
+ControlBinding* BindControl(QWidget& widget, jcForms& frame);
+ControlBinding* BindControl(QWidget& widget, WebBrowser& browser);
 
 } // namespace kelmio

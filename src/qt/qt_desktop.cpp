@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLocale>
 #include <QMimeData>
 #include <QScreen>
 
@@ -24,6 +25,10 @@ int QtDesktop::WorkAreaWidth() const {
 
 int QtDesktop::WorkAreaHeight() const {
   return ToTwips(WorkArea().height());
+}
+
+std::string QtDesktop::LanguageName() const {
+  return QLocale::languageToString(QLocale::system().language()).toStdString();
 }
 
 void QtClipboard::Clear() {

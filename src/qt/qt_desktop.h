@@ -12,6 +12,7 @@ public:
   int WorkAreaHeight() const override;
   /// Always nothing: desktops here have no style files with colour schemes inside.
   std::optional<VisualStyle> CurrentStyle() const override { return std::nullopt; }
+  std::string LanguageName() const override;
 };
 
 class QtClipboard : public Clipboard {

@@ -54,7 +54,8 @@ BoxAnswer QtMessageBoxes::Show(const std::string& text, const std::string& title
   box.setWindowTitle(title.empty() ? QStringLiteral("Kelmio") : ToText(title));
   box.setTextFormat(Qt::PlainText);
   box.setText(ToText(text));
-  box.setIcon(icon == BoxIcon::Warning ? QMessageBox::Warning : QMessageBox::NoIcon);
+  if (icon != BoxIcon::None)
+    box.setIcon(icon == BoxIcon::Warning ? QMessageBox::Warning : QMessageBox::Critical);
   const std::vector<QMessageBox::StandardButton> shown = ToButtons(buttons);
   for (const QMessageBox::StandardButton button : shown)
     box.addButton(button);

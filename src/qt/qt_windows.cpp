@@ -102,7 +102,8 @@ void QtWindows::ShowModal(Form& form, Form* owner) {
   form.Visible = false;
   const QPointer<QWidget> window = MakeWindow(form, form.Name()).release();
   QWidget* over = owner != nullptr ? WindowOf(*owner) : QApplication::activeWindow();
-  window->setParent(over != nullptr ? over->window() : nullptr, Qt::Dialog);
+  const Qt::WindowFlags own_frame = window->windowFlags() & Qt::FramelessWindowHint;
+  window->setParent(over != nullptr ? over->window() : nullptr, Qt::Dialog | own_frame);
   window->setWindowModality(Qt::ApplicationModal);
   RunHandler([&] { form.Load(); });
   if (form.Centered())
