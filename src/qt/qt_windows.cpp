@@ -67,13 +67,18 @@ private:
   std::function<void()> hidden_;
 };
 
-/// In the middle of the owner's window; with no owner to be seen, of the screen.
+/// In the middle of the owner's window; with no owner to be seen, of the screen. All of it is on the screen.
 void Center(QWidget& window, Form& form, const QWidget* owner) {
   const QSize known(ToPixels(form.Width), ToPixels(form.Height));
-  const QSize size = known.isEmpty() ? window.size() : known;
+  const QRect screen = window.screen()->availableGeometry();
   const bool seen = owner != nullptr && owner->isVisible() && !owner->isMinimized();
-  const QRect room = seen ? owner->frameGeometry() : window.screen()->availableGeometry();
-  const QPoint corner = room.center() - QPoint(size.width() / 2, size.height() / 2);
+  // The window has none before it is shown, but it will be like its owner's.
+  const QSize frame = seen ? owner->frameGeometry().size() - owner->size() : QSize(0, 0);
+  const QSize size = (known.isEmpty() ? window.size() : known).boundedTo(screen.size() - frame);
+  const QRect room = seen ? owner->frameGeometry() : screen;
+  const QPoint middle = room.center() - QPoint(size.width() / 2, size.height() / 2);
+  const QPoint corner(std::clamp(middle.x(), screen.left(), screen.right() + 1 - frame.width() - size.width()),
+                      std::clamp(middle.y(), screen.top(), screen.bottom() + 1 - frame.height() - size.height()));
   form.Width = ToTwips(size.width());
   form.Height = ToTwips(size.height());
   form.Left = ToTwips(corner.x());

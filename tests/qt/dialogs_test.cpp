@@ -13,6 +13,7 @@
 #include "qt/binder.h"
 #include "qt/form_binding.h"
 #include "qt/qt_windows.h"
+#include "qt/units.h"
 #include "test_form.h"
 
 namespace kelmio {
@@ -166,6 +167,18 @@ TEST_F(QtWindowsTest, ShowsTheFormOverItsOwnerUntilItHides) {
   EXPECT_EQ(form_.txtName.Text.Get(), "") << "loaded anew";
   Show([](QWidget& window) { window.close(); });
   EXPECT_THAT(form_.told, ElementsAre("ok", "esc", "unload"));
+}
+
+TEST_F(QtWindowsTest, AWindowIsOnTheScreenWhollyThoughItsOwnerIsNot) {
+  const QRect screen = owner_.screen()->availableGeometry();
+  owner_.move(screen.bottomRight() - QPoint(80, 40));
+  Settle();
+  form_.Height = ToTwips(2 * screen.height());
+  form_.Width = ToTwips(300);
+  Show([&](QWidget& window) {
+    EXPECT_TRUE(screen.contains(window.frameGeometry()));
+    form_.Visible = false;
+  });
 }
 
 TEST_F(QtWindowsTest, AWindowThatIsShownAlreadyIsNotShownTwice) {
