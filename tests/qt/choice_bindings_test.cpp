@@ -90,6 +90,35 @@ TEST_F(ChoiceBindingsTest, BuildsThePageOfATabFromItsForm) {
   EXPECT_EQ(form_.page.txtName.Text.Get(), "abc");
 }
 
+struct BareTabsForm : Form {
+  TabControl SSTab1;
+  void VisitControls(ControlVisitor& visitor) override { visitor.Visit("SSTab1", SSTab1); }
+};
+
+TEST(TabsBindingTest, WithoutPagesTheTabsOfTheLayoutStay) {
+  for (const int tabs : {0, 2}) {
+    BareTabsForm form;
+    int told = 0;
+    form.SSTab1.Click = [&] { ++told; };
+    QWidget window;
+    auto* widget = new QTabWidget(&window);
+    widget->setObjectName("SSTab1");
+    for (int tab = 0; tab < tabs; ++tab)
+      widget->addTab(new QWidget, "Tab");
+    EXPECT_THAT(Bind(window, form), testing::IsEmpty());
+    form.Visible = true;
+    form.SSTab1.Selected = 5;
+    Settle();
+    EXPECT_EQ(widget->count(), tabs);
+    form.SSTab1.Selected = 1;
+    Settle();
+    EXPECT_EQ(widget->currentIndex(), tabs == 0 ? -1 : 1);
+    EXPECT_EQ(told, 0);
+    widget->setCurrentIndex(0);
+    EXPECT_EQ(told, tabs == 0 ? 0 : 1);
+  }
+}
+
 TEST_F(ChoiceBindingsTest, HandsOnTheEnterKeyAndTheFocus) {
   int entered = 0;
   form_.txtNumber.EnterPressed = [&] { ++entered; };
