@@ -163,6 +163,54 @@ TEST_F(SettingsWindowTest, EverySettingGoesToItsControlAndBack) {
   }
 }
 
+TEST_F(SettingsWindowTest, WhatIsChangedInTheWindowIsThereAfterARestart) {
+  frmSettings& form = Open();
+  const std::pair<CheckBox&, int Settings::*> boxes[] = {{form.chkAutoAnswerIncoming, &Settings::AutoAnswerIncoming},
+                                                         {form.chkAcceptOnOffering, &Settings::AcceptOnOffering},
+                                                         {form.chkAnswerOnOffering, &Settings::AnswerOnOffering},
+                                                         {form.chkStopRecordingAfter, &Settings::StopRecordingAfter},
+                                                         {form.chkAutoStart, &Settings::AutoStart},
+                                                         {form.chkNewCallAlert, &Settings::NewCallAlert},
+                                                         {form.chkHotKeyAccess, &Settings::HotKeyAccess}};
+  const std::pair<TextBox&, int Settings::*> numbers[] = {
+      {form.txtAutoAnswerRingCount, &Settings::AutoAnswerRingCount},
+      {form.txtMaxRecordingLength, &Settings::MaxRecordingLength},
+      {form.txtRecordingSilenceLength, &Settings::RecordingSilenceLength},
+      {form.txtNewCallAlertTime, &Settings::NewCallAlertTime}};
+  const std::pair<Button&, Color Settings::*> colors[] = {{form.cmdColorPreview, &Settings::PreviewWindowColor},
+                                                          {form.cmdColorStatus, &Settings::StatusWindowColor},
+                                                          {form.cmdColorMessages, &Settings::MessagesWindowColor},
+                                                          {form.cmdColorMessages1, &Settings::MessagesWindowColor1}};
+  const Settings before = settings_;
+  for (const auto& [box, member] : boxes)
+    box.Value = !box.Value;
+  int value = 100;
+  for (const auto& [box, member] : numbers)
+    box.Text = std::to_string(++value);
+  for (const auto& [button, member] : colors) {
+    colors_.choice = ++value;
+    button.Click();
+  }
+  form.sldTransparency.SetValue(99);
+  form.cboHotKeyModifiers.ListIndex = 1;
+  form.cboHotKey.ListIndex = 26; // "A"
+  form.cmdApply.Click();
+
+  const Settings stored = Stored();
+  for (const auto& [box, member] : boxes)
+    EXPECT_EQ(stored.*member, 1 - before.*member);
+  value = 100;
+  for (const auto& [box, member] : numbers)
+    EXPECT_EQ(stored.*member, ++value);
+  for (const auto& [button, member] : colors)
+    EXPECT_EQ(stored.*member, ++value);
+  EXPECT_EQ(stored.Transparency, 99);
+  EXPECT_EQ(stored.HotKeyModifilers, 2);
+  EXPECT_EQ(stored.HotKeyCode, 65);
+  for (const auto& [name, member] : kNumbers)
+    EXPECT_EQ(settings_.*member, stored.*member) << name; // and at once
+}
+
 TEST_F(SettingsWindowTest, NumbersAreCorrectedInSilence) {
   const struct {
     const char* text;
