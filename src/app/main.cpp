@@ -26,6 +26,7 @@
 #include "qt/dbus_notifications.h"
 #include "qt/form_factory.h"
 #include "qt/picture_file.h"
+#include "qt/portal_hot_keys.h"
 #include "qt/qt_appearance.h"
 #include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
@@ -63,6 +64,13 @@ std::string AddressBookReader(const std::string& executable) {
   return (folder / KELMIO_HELPERS / name).lexically_normal().string();
 }
 
+/// X11 gives keys to whoever asks first, a Wayland desktop only by its portal.
+std::unique_ptr<HotKeys> MakeHotKeys() {
+  if (QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+    return std::make_unique<PortalHotKeys>();
+  return std::make_unique<QtHotKeys>();
+}
+
 } // namespace
 
 int Run(QApplication& application) {
@@ -86,7 +94,7 @@ int Run(QApplication& application) {
   QtFilePicker file_picker;
   QtFileClipboard file_clipboard;
   QtColorPicker color_picker;
-  QtHotKeys hot_keys;
+  const std::unique_ptr<HotKeys> hot_keys = MakeHotKeys();
   DBusNotifications notifications;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
@@ -113,7 +121,7 @@ int Run(QApplication& application) {
                      desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
                      lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
                      appearance, link_opener,  images,   address_books, wave_images, greeting,
-                     hot_keys,   color_picker, notifications, app_path, executable});
+                     *hot_keys,  color_picker, notifications, app_path, executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();
