@@ -11,6 +11,7 @@
 #include "controls/basic_controls.h"
 #include "controls/command_bars.h"
 #include "controls/docking_panes.h"
+#include "controls/error_log.h"
 #include "controls/form.h"
 #include "controls/spectrum_view.h"
 #include "controls/timer.h"
@@ -249,6 +250,11 @@ private:
   void OpenContacts();
   void OpenCallLog();
   void OpenSettings();
+  void OpenHelp();
+  void OpenAbout();
+  void OpenWebsite();
+  ErrorLog::House FrameErrors() const;
+  int FrameTheme() const;
   void ShowDialer(Form* owner, frmDialer::Place place);
   void AddToContacts();
   void EditContact();

@@ -4,11 +4,24 @@
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
 #include "core/mGeneral.h"
+#include "core/product.h"
 #include "messages/frmOpen.h"
 #include "settings_ui/frmSettings.h"
+#include "shell/frmAbout.h"
+#include "shell/frmHelp.h"
 #include "shell/frmMain.h"
 
 namespace kelmio {
+
+namespace {
+
+/// Colours of the bars as their setting counts them, and the frame's themes that go with them.
+constexpr int kOliveBars = 2;
+constexpr int kSilverBars = 3;
+constexpr int kSilverFrame = 1;
+constexpr int kOliveFrame = 2;
+
+} // namespace
 
 void frmMain::OpenSelectedMessage() {
   if (lvwCalls.SelectedRow() == 0)
@@ -70,6 +83,37 @@ void frmMain::OpenSettings() {
   frmSettings settings({house_.app, house_.settings, house_.registry, house_.lines, house_.timers, house_.greeting,
                         house_.boxes, house_.file_picker, house_.color_picker, hot_keys_, *this, *this, Trouble()});
   house_.windows.ShowModal(settings, this);
+}
+
+ErrorLog::House frmMain::FrameErrors() const {
+  return {house_.clock, house_.boxes, house_.app_path, product::kName, product::Version()};
+}
+
+int frmMain::FrameTheme() const {
+  // The frames follow the bars: blue, olive and silver.
+  switch (house_.settings.DefaultSystemTheme) {
+  case kOliveBars:
+    return kOliveFrame;
+  case kSilverBars:
+    return kSilverFrame;
+  default:
+    return jcForms::kDesktopColors;
+  }
+}
+
+void frmMain::OpenHelp() {
+  house_.windows.Show(std::make_shared<frmHelp>(frmHelp::House{house_.desktop, house_.link_opener, FrameErrors(),
+                                                               ManualAddress(house_.executable), FrameTheme()}),
+                      Activation::Takes);
+}
+
+void frmMain::OpenAbout() {
+  frmAbout about({house_.desktop, house_.link_opener, FrameErrors(), FrameTheme()});
+  house_.windows.ShowModal(about, this);
+}
+
+void frmMain::OpenWebsite() {
+  mGeneral::ShellOpen(house_.link_opener, product::Website(), "Open");
 }
 
 void frmMain::SetPreviewColor(Color color) {
