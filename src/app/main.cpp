@@ -33,6 +33,7 @@
 #include "qt/qt_event_loop.h"
 #include "qt/qt_hot_keys.h"
 #include "qt/qt_tray.h"
+#include "qt/qt_window_surface.h"
 #include "qt/qt_windows.h"
 #include "qt/unix_signals.h"
 #include "qt/xdg_auto_start.h"
@@ -94,6 +95,7 @@ int Run(QApplication& application) {
   QtFilePicker file_picker;
   QtFileClipboard file_clipboard;
   QtColorPicker color_picker;
+  QtWindowSurface surface;
   const std::unique_ptr<HotKeys> hot_keys = MakeHotKeys();
   DBusNotifications notifications;
   QtAppearance appearance(application);
@@ -121,7 +123,7 @@ int Run(QApplication& application) {
                      desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
                      lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
                      appearance, link_opener,  images,   address_books, wave_images, greeting,
-                     *hot_keys,  color_picker, notifications, app_path, executable});
+                     *hot_keys,  color_picker, surface, notifications, app_path, executable});
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

@@ -1,5 +1,6 @@
 #include "fakes/fake_loop.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace kelmio {
@@ -64,14 +65,14 @@ void FakeLoop::Advance(std::chrono::milliseconds by) {
         next = it;
     if (next == timers_.end())
       break;
-    elapsed_ = next->second.due;
+    elapsed_ = std::max(elapsed_, next->second.due); // a tick may have let time pass itself
     next->second.due += next->second.interval;
     // The tick may stop its own timer.
     const std::function<void()> tick = next->second.tick;
     tick();
     RunPending();
   }
-  elapsed_ = end;
+  elapsed_ = std::max(elapsed_, end);
 }
 
 } // namespace kelmio

@@ -20,6 +20,7 @@ public:
   void Post(std::function<void()> work) override;
   /// Runs what has been posted, and what that posts, until nothing is left.
   void RunPending() override;
+  void RunFor(std::chrono::milliseconds time) override { Advance(time); }
   void Quit() override { quit_asked_ = true; }
   bool QuitAsked() const { return quit_asked_; }
 

@@ -21,6 +21,10 @@ public:
   /// returns. May be called from inside a handler: another event can then enter.
   virtual void RunPending() = 0;
 
+  /// User interface thread only. Runs what comes during that time, as `RunPending` does, and returns once it has
+  /// passed. The thread sleeps while nothing comes.
+  virtual void RunFor(std::chrono::milliseconds time) = 0;
+
   /// Asks the loop to end once the present handler has returned. Any thread.
   virtual void Quit() = 0;
 };

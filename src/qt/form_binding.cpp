@@ -20,10 +20,6 @@ constexpr int kTitleHeight = 16;
 /// A window manager tells the new size before it tells that the window is maximised.
 constexpr int kSettleMs = 150;
 
-bool PlacesWindows() {
-  return !QGuiApplication::platformName().startsWith("wayland"); // there, only the desktop knows and decides
-}
-
 bool IsNormal(const QWidget& window) {
   return (window.windowState() & ~Qt::WindowActive) == Qt::WindowNoState;
 }
@@ -49,6 +45,10 @@ int Distance(const QRect& area, const QPoint& point) {
 }
 
 } // namespace
+
+bool PlacesWindows() {
+  return !QGuiApplication::platformName().startsWith("wayland"); // there, only the desktop knows and decides
+}
 
 QWidget* WindowOf(const Form& form) {
   for (QWidget* widget : QApplication::allWidgets())
@@ -135,7 +135,8 @@ void FormBinding::ShowState() {
   window_.setVisible(form_.Visible);
   if (form_.Visible && !minimized) {
     window_.raise();
-    window_.activateWindow();
+    if (!window_.testAttribute(Qt::WA_ShowWithoutActivating))
+      window_.activateWindow();
   }
 }
 

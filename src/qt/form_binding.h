@@ -40,6 +40,9 @@ private:
 /// Brings the window and all its widgets up to date with the form at once, not first from the event loop.
 void ShowFormNow(QWidget& window);
 
+/// Whether windows can be placed and asked for their place.
+bool PlacesWindows();
+
 /// The widget that shows the form; nothing while there is none. For a form inside another window that is the pane.
 QWidget* WindowOf(const Form& form);
 

@@ -46,6 +46,15 @@ void QtEventLoop::RunPending() {
   QCoreApplication::processEvents();
 }
 
+void QtEventLoop::RunFor(std::chrono::milliseconds time) {
+  QTimer end;
+  end.setSingleShot(true);
+  end.setTimerType(Qt::PreciseTimer);
+  end.start(time);
+  while (end.isActive())
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
 // Not QCoreApplication::quit: that asks the windows first, and a window that hides instead would keep the loop.
 void QtEventLoop::Quit() {
   QMetaObject::invokeMethod(

@@ -20,6 +20,7 @@ public:
 
   void Post(std::function<void()> work) override;
   void RunPending() override;
+  void RunFor(std::chrono::milliseconds time) override;
   void Quit() override;
 
 private:

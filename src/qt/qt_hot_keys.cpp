@@ -1,16 +1,13 @@
 #include "qt/qt_hot_keys.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
 
-#include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 
 #include "qt/handler_guard.h"
+#include "qt/x11_connection.h"
 
 namespace kelmio {
 
@@ -26,11 +23,6 @@ constexpr int kShift = 4;
 // Key symbols of X11 (keysymdef.h).
 constexpr std::uint32_t kSymbolF1 = 0xFFBE;
 constexpr std::uint32_t kSymbolNumLock = 0xFF7F;
-
-struct FreeReply {
-  void operator()(void* reply) const noexcept { std::free(reply); } // NOLINT: it comes from malloc
-};
-template <class Reply> using ReplyPtr = std::unique_ptr<Reply, FreeReply>;
 
 /// 0 for a code that stands for no key.
 std::uint32_t SymbolOf(int key_code) {
@@ -64,12 +56,10 @@ std::vector<std::uint8_t> CodesOf(xcb_key_symbols_t* symbols, std::uint32_t symb
 } // namespace
 
 QtHotKeys::QtHotKeys() {
-  // The platform without a screen has the interface too, and no connection behind it.
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr || QGuiApplication::platformName() != QStringLiteral("xcb"))
+  connection_ = X11Connection();
+  if (connection_ == nullptr)
     return;
-  connection_ = x11->connection();
-  root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+  root_ = X11Screen(connection_)->root;
   symbols_ = xcb_key_symbols_alloc(connection_);
   QCoreApplication::instance()->installNativeEventFilter(this);
 }

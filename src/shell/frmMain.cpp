@@ -1,6 +1,7 @@
 #include "shell/frmMain.h"
 
 #include "shell/command_table.h"
+#include "shell/mEffects.h"
 
 namespace kelmio {
 
@@ -101,13 +102,19 @@ void frmMain::Unload() {
 
 void frmMain::HideToTray() {
   // Without a tray nothing would bring a hidden window back.
-  if (house_.tray.Created())
-    Visible = false;
-  else
+  if (!house_.tray.Created()) {
     State = WindowState::Minimized;
+    return;
+  }
+  const bool was_seen = Visible && State != WindowState::Minimized;
+  Visible = false;
+  if (was_seen)
+    mEffects::AnimateToCorner(house_.surface, this, mEffects::Corner::BottomRight, true);
 }
 
 void frmMain::ShowFromTray() {
+  if (!Visible || State == WindowState::Minimized)
+    mEffects::AnimateToCorner(house_.surface, this, mEffects::Corner::BottomRight, false);
   if (State == WindowState::Minimized)
     State = WindowState::Normal;
   Visible = true;
@@ -137,8 +144,6 @@ void frmMain::EnableCommand(int command, bool enabled) {
   EnableMenuButton(CommandBars1, command, enabled);
   EnableToolbarButton(CommandBars1, command, enabled);
 }
-
-void frmMain::ShowNewCallAlert(const std::string& /*name*/, const std::string& /*number*/) {}
 
 void frmMain::SetWaveViewFormat(long number_b, long number_a) {
   WaveView.FormatB = number_b;

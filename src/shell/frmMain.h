@@ -38,6 +38,7 @@
 #include "platform/notifications.h"
 #include "platform/registry_store.h"
 #include "platform/wave_image_player.h"
+#include "platform/window_surface.h"
 #include "settings_ui/mHotKeys.h"
 #include "settings_ui/settings_host.h"
 #include "shell/call_notice.h"
@@ -91,6 +92,7 @@ public:
     MultimediaDevice& greeting; // the settings window's own
     HotKeys& hot_keys;
     ColorPicker& color_picker;
+    WindowSurface& surface;
     Notifications& notifications;
     std::string app_path;   // the program's folder with a closing separator
     std::string executable; // full path

@@ -143,6 +143,7 @@ void frmMain::StopPlayback() {
 }
 
 void frmMain::UnloadOtherForms() {
+  house_.windows.CloseAll();
   Output.Unload();
   Folders.Unload();
   Preview.Unload();

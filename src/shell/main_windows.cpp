@@ -4,12 +4,14 @@
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
 #include "core/mGeneral.h"
+#include "core/text.h"
 #include "core/product.h"
 #include "messages/frmOpen.h"
 #include "settings_ui/frmSettings.h"
 #include "shell/frmAbout.h"
 #include "shell/frmHelp.h"
 #include "shell/frmMain.h"
+#include "shell/frmPopup.h"
 
 namespace kelmio {
 
@@ -133,6 +135,18 @@ void frmMain::PlayTonePair(std::int16_t low_frequency, std::int16_t high_frequen
 void frmMain::HotKeyPressed() {
   ShowFromTray();
   SetFocus(); // before all others
+}
+
+void frmMain::ShowNewCallAlert(const std::string& name, const std::string& number) {
+  const ContactLookup lookup{house_.app, contacts_};
+  std::string photo;
+  if (AsciiUpper(number) != "UNKNOWN")
+    if (const std::string contact = lookup.ContactOf(number); !contact.empty())
+      photo = lookup.PhotoOf(contact);
+  const frmPopup::House house{house_.app, house_.settings, house_.loop, house_.timers, house_.windows, house_.surface};
+  const auto alert =
+      photo.empty() ? std::make_shared<frmPopup>(house) : std::make_shared<frmPopupPhoto>(house, photo);
+  alert->ShowCall(name, number);
 }
 
 void frmMain::OpenAddress(const std::string& address) {

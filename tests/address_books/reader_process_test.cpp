@@ -26,6 +26,7 @@ public:
     if (const auto work = std::exchange(once, {}))
       work();
   }
+  void RunFor(std::chrono::milliseconds) override { RunPending(); }
   void Quit() override {}
 
   int runs = 0;

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 
+#include <ctime>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -54,6 +55,21 @@ TEST(QtEventLoopTest, GoesOnWithTheNextClosureInANestedRun) {
   });
   Settle();
   EXPECT_THAT(order, ElementsAre(1, 2, 3, 4, 5));
+}
+
+TEST(QtEventLoopTest, RunsWhatComesForATimeAndSleepsInBetween) {
+  QtEventLoop loop;
+  QtTimerService timers;
+  int ticks = 0;
+  const auto timer = timers.Start(milliseconds(10), [&] { loop.Post([&] { ++ticks; }); });
+  const std::clock_t worked = std::clock();
+  QElapsedTimer since;
+  since.start();
+  loop.RunFor(milliseconds(200));
+  EXPECT_GE(since.elapsed(), 199);
+  EXPECT_GE(ticks, 5);
+  EXPECT_LT(std::clock() - worked, CLOCKS_PER_SEC / 10);
+  timers.Stop(timer);
 }
 
 TEST(QtEventLoopTest, AForeignLoopInsideAClosureSeesTheClosuresAfterIt) {

@@ -11,6 +11,7 @@
 #include "fakes/fake_call_sound.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
+#include "fakes/fake_window_surface.h"
 #include "fakes/fake_notifications.h"
 #include "fakes/scripted_line.h"
 #include "shell/command_table.h"
@@ -114,6 +115,7 @@ struct Desk {
   FakeMultimediaDevice greeting;
   FakeHotKeys hot_keys;
   FakeColorPicker color_picker;
+  FakeWindowSurface surface;
   FakeNotifications notifications;
   frmMain form{{app,         settings,       loop,        loop,
                 loop,        registry,       desktop,     clipboard,
@@ -121,7 +123,7 @@ struct Desk {
                 lines,       windows,        boxes,       folder_picker,
                 file_picker, file_clipboard, appearance,  link_opener,
                 images,      address_books,  wave_images, greeting,
-                hot_keys,    color_picker,   notifications, home.Path(), "/opt/kelmio/kelmio"}};
+                hot_keys,    color_picker, surface,   notifications, home.Path(), "/opt/kelmio/kelmio"}};
 };
 
 } // namespace kelmio::test

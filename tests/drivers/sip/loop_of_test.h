@@ -41,7 +41,7 @@ public:
   }
 
   /// Runs what comes for this long.
-  void RunFor(std::chrono::milliseconds time) {
+  void RunFor(std::chrono::milliseconds time) override {
     RunUntil([] { return false; }, time);
   }
 
