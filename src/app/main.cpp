@@ -32,6 +32,7 @@
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
 #include "qt/qt_hot_keys.h"
+#include "qt/qt_tip_windows.h"
 #include "qt/qt_tray.h"
 #include "qt/qt_window_surface.h"
 #include "qt/qt_windows.h"
@@ -89,6 +90,7 @@ int Run(QApplication& application) {
   QtDesktop desktop;
   QtClipboard clipboard;
   QtTray tray;
+  QtTipWindows tips;
   QtWindows windows;
   QtMessageBoxes boxes;
   QtFolderPicker folder_picker;
@@ -120,7 +122,7 @@ int Run(QApplication& application) {
   AppState app;
   Settings settings;
   frmMain main_form({app,        settings,     loop,     timers,        clock,       registry,
-                     desktop,    clipboard,    tray,     auto_start,    mmc,         journal,
+                     desktop,    clipboard,    tray,     tips,     auto_start,    mmc,         journal,
                      lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
                      appearance, link_opener,  images,   address_books, wave_images, greeting,
                      *hot_keys,  color_picker, surface, notifications, app_path, executable});

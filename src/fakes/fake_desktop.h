@@ -44,21 +44,6 @@ public:
   bool holds_text = true;
 };
 
-class FakeTray : public Tray {
-public:
-  bool Create(const std::string& new_tool_tip) override {
-    tool_tip = new_tool_tip;
-    created = available;
-    return created;
-  }
-  void Remove() override { created = false; }
-  bool Created() const override { return created; }
-
-  bool available = true;
-  bool created = false;
-  std::string tool_tip;
-};
-
 class FakeAutoStart : public AutoStart {
 public:
   void Enable(const std::string& executable) override { enabled_for = executable; }

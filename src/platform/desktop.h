@@ -7,8 +7,6 @@
 
 namespace kelmio {
 
-class CommandBar;
-
 /// Lengths of the windows are in twips, 1440 to the inch; a screen of 96 dots an inch has 15 to the pixel.
 inline constexpr int kTwipsPerInch = 1440;
 inline constexpr int kDotsPerInch = 96;
@@ -41,27 +39,6 @@ public:
   virtual void SetText(const std::string& text) = 0;
   /// Nothing when the clipboard holds no text.
   virtual std::optional<std::string> Text() const = 0;
-};
-
-/// The notification area. User interface thread only.
-class Tray {
-public:
-  virtual ~Tray() = default;
-  /// Shows the icon with its tool tip. False where the desktop has no tray; nothing is shown then.
-  virtual bool Create(const std::string& tool_tip) = 0;
-  virtual void Remove() = 0;
-  /// Whether the icon stands in a tray now.
-  virtual bool Created() const = 0;
-
-  /// Asked for the popup's content each time before it opens. The popup's items run through `on_command`.
-  std::function<const CommandBar&()> on_popup;
-  std::function<void(int command)> on_command;
-  std::function<void()> on_double_click;
-
-  /// The tray that held the icon has died, or one has come and holds the icon now (also one that wasn't there
-  /// yet when `Create` failed). Between `Create` and `Remove` only.
-  std::function<void()> on_gone;
-  std::function<void()> on_back;
 };
 
 /// A file, folder or address that the desktop is asked to act on. The verb is a word such as "Open"; the show

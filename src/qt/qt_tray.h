@@ -1,42 +1,48 @@
 // The icon in the notification area.
 #pragma once
 
-#include <QObject>
-#include <QString>
-#include <QTimer>
+#include <QSystemTrayIcon>
 
+#include <functional>
 #include <memory>
 
-#include "platform/desktop.h"
-
-class QMenu;
-class QSystemTrayIcon;
+#include "platform/tray.h"
+#include "qt/tray_host.h"
 
 namespace kelmio {
 
-class ItemActions;
+class TrayPopup;
 
-/// Through the desktop's status notifier, or the older embedded icons of X11. Trays of the first kind don't tell
-/// double clicks, there a plain click counts as one. User interface thread only.
+/// Through the desktop's status notifier, or the older embedded icons of X11. Trays of the first kind draw the popup
+/// themselves, don't tell double clicks, where a plain click counts as one, and don't say where the icon stands. The
+/// desktop's balloon closes by itself. User interface thread only.
 class QtTray : public Tray {
 public:
   QtTray();
   ~QtTray() override;
 
-  bool Create(const std::string& tool_tip) override;
-  void Remove() override;
+  bool Add(const TrayRecord& record) override;
+  void Modify(unsigned flags, const TrayRecord& record) override;
+  void Delete() override;
   bool Created() const override;
+  std::optional<ScreenRect> IconRect() const override;
+  std::uint32_t HostWindow() const override { return host_.Window(); }
+  bool ShowsBalloons() const override;
+  void ShowPopup(const CommandBar& popup) override;
 
 private:
-  void Watch();
-  void MakeIcon();
+  void HostChanged();
+  void MakeIcon(const TrayRecord& record);
   void DropIcon();
+  void MakePopup();
   void FillPopup();
+  void Activated(QSystemTrayIcon::ActivationReason reason);
+  void Tell(std::uint32_t message);
+  void Execute(int command);
 
-  QTimer watch_;
-  QString tool_tip_;
-  std::unique_ptr<QMenu> popup_;
-  std::unique_ptr<ItemActions> popup_actions_;
+  TrayHost host_;
+  bool added_ = false;
+  std::unique_ptr<TrayPopup> popup_;      // for trays that draw it
   std::unique_ptr<QSystemTrayIcon> icon_; // before its menu in the order of ending
 };
 

@@ -58,14 +58,7 @@ frmMain::frmMain(const House& house)
   calls_.Listen(mTAPIEx);
   mTAPIEx.OnLogText = [this](const std::string& text) { Output.OnLogText(text); };
 
-  house_.tray.on_popup = [this]() -> const CommandBar& {
-    tray_popup_ = BuildTrayPopup(house_.settings.SystemStatus);
-    return tray_popup_;
-  };
-  house_.tray.on_command = [this](int id) { ExecuteCommand(id); };
-  house_.tray.on_double_click = [this] { ShowFromTray(); };
-  // A hidden window whose tray has died could not be reached any more.
-  house_.tray.on_gone = [this] { ShowFromTray(); };
+  ListenToTray();
 }
 
 TroubleSink frmMain::Trouble() {
@@ -75,10 +68,7 @@ TroubleSink frmMain::Trouble() {
 frmMain::~frmMain() {
   house_.mmc.StatusUpdate = [] {};
   house_.mmc.Trouble = [](const std::string&) {};
-  house_.tray.on_popup = {};
-  house_.tray.on_command = {};
-  house_.tray.on_double_click = {};
-  house_.tray.on_gone = {};
+  LeaveTray();
 }
 
 void frmMain::Load() {
@@ -110,6 +100,7 @@ void frmMain::HideToTray() {
   Visible = false;
   if (was_seen)
     mEffects::AnimateToCorner(house_.surface, this, mEffects::Corner::BottomRight, true);
+  ShowHiddenBalloon();
 }
 
 void frmMain::ShowFromTray() {

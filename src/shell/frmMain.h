@@ -37,11 +37,16 @@
 #include "platform/multimedia_device.h"
 #include "platform/notifications.h"
 #include "platform/registry_store.h"
+#include "platform/tip_windows.h"
+#include "platform/tray.h"
 #include "platform/wave_image_player.h"
 #include "platform/window_surface.h"
 #include "settings_ui/mHotKeys.h"
 #include "settings_ui/settings_host.h"
 #include "shell/call_notice.h"
+#include "shell/ToolTipOnDemand.h"
+#include "shell/TrayIcon.h"
+#include "shell/local_windows.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
 #include "telephony/call_monitor.h"
@@ -75,6 +80,7 @@ public:
     Desktop& desktop;
     Clipboard& clipboard;
     Tray& tray;
+    TipWindows& tips;
     AutoStart& auto_start;
     MultimediaDevice& mmc;
     Journal& journal;
@@ -162,6 +168,11 @@ public:
   void UpdateCommands();
   void HideToTray();
   void ShowFromTray();
+  void ShowTrayPopup();
+  /// A balloon at the tray icon, or where it was last seen; in the corner of the screen when that isn't known. Colours of
+  /// -1 are the usual ones. A failure is silent.
+  void ShowTrayBalloon(int icon_type, const std::string& prompt, const std::string& title, int time_out_ms,
+                       Color back_color, Color fore_color) noexcept;
 
   void SetSystemStatus() override { system_.SetSystemStatus(); }
   void RestartSystem() override { system_.RestartSystem(); }
@@ -269,9 +280,22 @@ private:
   void ToggleToolbar();
   void ToggleStatusBar();
   void TogglePane(int pane);
+  void ListenToTray();
+  void LeaveTray();
+  void TrayIcon1_TrayMouseEvent(std::uint32_t message);
+  void TrayIcon1_TrayIconMoved(int x, int y);
+  /// Tells that the window has gone to the tray.
+  void ShowHiddenBalloon();
 
   bool unloaded_ = false;
   CommandBar tray_popup_;
+
+  static constexpr Color kUsualTipColor = -1;
+  LocalWindows message_windows_{house_.timers};
+  MSubclass subclass_{message_windows_};
+  WindowHandle window_ = message_windows_.Create(); // the main window, as messages know it
+  TrayIcon TrayIcon1{house_.tray, message_windows_, subclass_};
+  ToolTipOnDemand ToolTipOnDemand1{house_.tips, message_windows_, subclass_};
 };
 
 } // namespace kelmio

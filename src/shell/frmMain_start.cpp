@@ -89,10 +89,6 @@ void frmMain::UnregisterHotKey() {
     hot_keys_.UnregisterGlobalHotKey(*this);
 }
 
-void frmMain::CreateTrayIcon() {
-  house_.tray.Create(Caption);
-}
-
 void frmMain::PrepareAutoStartUp() {
   if (house_.settings.AutoStart == 1)
     house_.auto_start.Enable(house_.executable);
@@ -129,11 +125,6 @@ void frmMain::CloseLine() {
   if (Context.CurrentCall != nullptr)
     Context.CurrentCall->StopRecord();
   Context.CurrentLine->Close();
-}
-
-void frmMain::RemoveTrayIcon() {
-  if (house_.tray.Created())
-    house_.tray.Remove();
 }
 
 void frmMain::StopPlayback() {

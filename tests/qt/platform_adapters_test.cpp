@@ -99,9 +99,9 @@ TEST(QtDesktopTest, MeasuresTheWorkAreaInTwips) {
 
 TEST(QtTrayTest, SaysSoWhereThereIsNoTray) {
   QtTray tray;
-  EXPECT_FALSE(tray.Create("Kelmio Standard"));
+  EXPECT_FALSE(tray.Add({kProgramIcon, "Kelmio Standard", "", "", 0, 0}));
   EXPECT_FALSE(tray.Created());
-  tray.Remove();
+  tray.Delete();
 }
 
 } // namespace

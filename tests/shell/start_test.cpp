@@ -22,7 +22,7 @@ TEST(Start, ComesUpFromNothingWithDefaultsAndFolders) {
   for (const char* folder : {"Photos", "Sound", "Messages/Inbox", "Messages/Deleted"})
     EXPECT_TRUE(std::filesystem::is_directory(desk.home.Path() + folder)) << folder;
   EXPECT_EQ(desk.auto_start.enabled_for, "/opt/kelmio/kelmio");
-  EXPECT_EQ(desk.tray.tool_tip, "Kelmio Standard");
+  EXPECT_EQ(desk.tray.record.tip, "Kelmio Standard");
   EXPECT_EQ(desk.app.ScreenWidth, desk.desktop.width);
 
   desk.Wait(5);
@@ -40,7 +40,7 @@ TEST(Start, HidesToTheTrayASecondLaterAndComesBackByADoubleClick) {
   EXPECT_TRUE(desk.form.Visible);
   desk.Wait(1);
   EXPECT_FALSE(desk.form.Visible);
-  desk.tray.on_double_click();
+  desk.tray.on_message(window_message::kLeftDoubleClick);
   EXPECT_TRUE(desk.form.Visible);
   EXPECT_TRUE(desk.form.QueryUnload()) << "the close box only hides";
   EXPECT_FALSE(desk.form.Visible);

@@ -11,6 +11,7 @@
 #include "fakes/fake_call_sound.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
+#include "fakes/fake_tray.h"
 #include "fakes/fake_window_surface.h"
 #include "fakes/fake_notifications.h"
 #include "fakes/scripted_line.h"
@@ -93,6 +94,7 @@ struct Desk {
   FakeDesktop desktop;
   FakeClipboard clipboard;
   FakeTray tray;
+  FakeTipWindows tips;
   FakeAutoStart auto_start;
   FakeMultimediaDevice mmc;
   MemoryJournal journal;
@@ -119,7 +121,7 @@ struct Desk {
   FakeNotifications notifications;
   frmMain form{{app,         settings,       loop,        loop,
                 loop,        registry,       desktop,     clipboard,
-                tray,        auto_start,     mmc,         journal,
+                tray,        tips,           auto_start,     mmc,         journal,
                 lines,       windows,        boxes,       folder_picker,
                 file_picker, file_clipboard, appearance,  link_opener,
                 images,      address_books,  wave_images, greeting,
