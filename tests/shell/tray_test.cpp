@@ -153,7 +153,7 @@ TEST_F(TrayIconTest, ComesBackWithItsTipWhenTheTrayRestarts) {
   told.clear();
   tray.on_restarted();
   tray.on_message(513);
-  EXPECT_THAT(told, Not(testing::Contains("recreated")));
+  EXPECT_THAT(told, testing::Not(testing::Contains("recreated")));
   EXPECT_FALSE(icon.Created());
 }
 
@@ -235,7 +235,7 @@ TEST(Balloon, TellsOnceWhenItComesAndGoes) {
 TEST(MainWindowInTheTray, ShowsABalloonAtTheIconThatFollowsIt) {
   Desk desk;
   desk.Start();
-  desk.form.HideToTray();
+  desk.Wait(995); // it hides by itself
   ASSERT_TRUE(desk.tips.shown);
   EXPECT_EQ(desk.tips.shown->content.prompt, "Kelmio Standard");
   EXPECT_EQ(desk.tips.shown->content.title, "");
