@@ -10,6 +10,9 @@ namespace kelmio {
 class AlertWindow : public QFrame {
 public:
   explicit AlertWindow(QWidget* parent = nullptr);
+
+protected:
+  void showEvent(QShowEvent* event) override;
 };
 
 } // namespace kelmio

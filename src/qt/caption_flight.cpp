@@ -14,11 +14,11 @@ namespace kelmio {
 
 namespace {
 
-constexpr int kFrames = 12;
+constexpr int kFrames = 11;
 constexpr std::chrono::milliseconds kFrameTime{14};
-constexpr int kCaption = 24; // height, in pixels
-constexpr int kBorder = 3;   // width, in pixels
-constexpr std::uint8_t kTrueColors = 24; // bits of a pixel that is its red, green and blue
+constexpr int kCaption = 24;                   // height, in pixels
+constexpr int kBorder = 3;                     // width, in pixels
+constexpr std::uint8_t kTrueColors = 24;       // bits of a pixel that is its red, green and blue
 constexpr std::uint32_t kOpacity = 0xB0000000; // of 0xFFFFFFFF, where a compositor reads it
 
 QRect Scaled(const QRect& rect) {

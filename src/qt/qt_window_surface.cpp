@@ -4,9 +4,9 @@
 #include <QPalette>
 #include <QScreen>
 #include <QWidget>
-#include <QWindow>
 
 #include "qt/caption_flight.h"
+#include "qt/click_through.h"
 #include "qt/form_binding.h"
 
 namespace kelmio {
@@ -53,12 +53,10 @@ bool QtWindowSurface::SetRegion(const Form& form, const PixelRect& region) {
 
 bool QtWindowSurface::MakeLayered(const Form& form, int alpha) {
   QWidget* window = SurfaceOf(form);
-  if (window == nullptr || window->windowHandle() == nullptr)
+  if (window == nullptr)
     return false;
   window->setWindowOpacity(alpha / kOpaque);
-  // Not by the widget's own flags, which would hide the window and make it anew.
-  window->windowHandle()->setFlag(Qt::WindowTransparentForInput);
-  return true;
+  return LetClicksThrough(*window);
 }
 
 bool QtWindowSurface::DrawFlight(const PixelRect& from, const PixelRect& to) {

@@ -45,8 +45,8 @@ public:
   int EffectSpeed = 10;
   int EffectSteps = 15;
 
-  /// Shows the alert of that caller, with its opening effect, in which pending events run: it may have closed already on
-  /// return.
+  /// Shows the alert of that caller, with its opening effect, in which pending events run: it may have closed already
+  /// on return.
   void ShowCall(const std::string& name, const std::string& number);
 
   std::string_view Name() const override { return "frmPopup"; }

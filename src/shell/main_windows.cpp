@@ -4,8 +4,8 @@
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
 #include "core/mGeneral.h"
-#include "core/text.h"
 #include "core/product.h"
+#include "core/text.h"
 #include "messages/frmOpen.h"
 #include "settings_ui/frmSettings.h"
 #include "shell/frmAbout.h"
@@ -144,8 +144,7 @@ void frmMain::ShowNewCallAlert(const std::string& name, const std::string& numbe
     if (const std::string contact = lookup.ContactOf(number); !contact.empty())
       photo = lookup.PhotoOf(contact);
   const frmPopup::House house{house_.app, house_.settings, house_.loop, house_.timers, house_.windows, house_.surface};
-  const auto alert =
-      photo.empty() ? std::make_shared<frmPopup>(house) : std::make_shared<frmPopupPhoto>(house, photo);
+  const auto alert = photo.empty() ? std::make_shared<frmPopup>(house) : std::make_shared<frmPopupPhoto>(house, photo);
   alert->ShowCall(name, number);
 }
 

@@ -74,6 +74,20 @@ class Screen:
         """Whatever locks are on stay on."""
         self._xdotool("key", keys)
 
+    def hold(self, key):
+        self._xdotool("keydown", key)
+
+    def let_go(self, key):
+        self._xdotool("keyup", key)
+
+    def set_layout(self, layout):
+        """Of the keyboard, such as "us"."""
+        subprocess.run(["setxkbmap", layout], env=os.environ | {"DISPLAY": self.display}, check=True, timeout=20)
+
+    def sees(self, title):
+        """Whether a window of that title is on the screen now."""
+        return self._xdotool("search", "--onlyvisible", "--name", f"^{title}$") != ""
+
     def no_window(self, title):
         eventually(lambda: not self._xdotool("search", "--onlyvisible", "--name", f"^{title}$"), f"{title} closed")
 

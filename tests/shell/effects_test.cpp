@@ -46,12 +46,12 @@ TEST(Effects, GrowOutOfTheCentreAndShrinkBackToThePixel) {
   Stage stage;
   EXPECT_TRUE(stage.Show(EffectMode::Opening, 10, 4));
   EXPECT_TRUE(stage.window.Visible);
-  EXPECT_THAT(stage.surface.regions, ElementsAre(none, PixelRect{4, 2, 6, 3}, PixelRect{2, 2, 8, 4},
-                                                 PixelRect{1, 0, 9, 4}, whole));
+  EXPECT_THAT(stage.surface.regions,
+              ElementsAre(none, PixelRect{4, 2, 6, 3}, PixelRect{2, 2, 8, 4}, PixelRect{1, 0, 9, 4}, whole));
   stage.surface.regions.clear();
   stage.Show(EffectMode::Closing, 10, 4);
-  EXPECT_THAT(stage.surface.regions, ElementsAre(whole, PixelRect{1, 0, 9, 4}, PixelRect{2, 2, 8, 4},
-                                                 PixelRect{4, 2, 6, 3}, none));
+  EXPECT_THAT(stage.surface.regions,
+              ElementsAre(whole, PixelRect{1, 0, 9, 4}, PixelRect{2, 2, 8, 4}, PixelRect{4, 2, 6, 3}, none));
 }
 
 TEST(Effects, LetEventsRunBetweenTheSteps) {
