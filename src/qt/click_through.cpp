@@ -12,12 +12,13 @@ bool LetClicksThrough(const QWidget& window) {
     return false;
   // From the window up through its frames, as far as below the root.
   auto part = static_cast<xcb_window_t>(window.winId());
-  while (part != XCB_WINDOW_NONE) {
+  constexpr xcb_window_t kNone = XCB_WINDOW_NONE;
+  while (part != kNone) {
     xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, part, 0, 0, 0,
                          nullptr);
     const ReplyPtr<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection, xcb_query_tree(connection, part), nullptr));
-    part = tree != nullptr && tree->parent != tree->root ? tree->parent : XCB_WINDOW_NONE;
+    part = tree != nullptr && tree->parent != tree->root ? tree->parent : kNone;
   }
   xcb_flush(connection);
   return true;

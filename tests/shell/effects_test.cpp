@@ -4,6 +4,7 @@
 
 #include "fakes/fake_loop.h"
 #include "fakes/fake_window_surface.h"
+#include "support/desk.h"
 
 namespace kelmio {
 
@@ -94,6 +95,21 @@ TEST(Effects, FlyToAndFromEachCorner) {
   Stage stage;
   EXPECT_FALSE(AnimateToCorner(stage.surface, nullptr, Corner::TopLeft, true));
   EXPECT_THAT(stage.surface.flights, IsEmpty());
+}
+
+TEST(Effects, TakeTheMainWindowIntoTheCornerAndOutOfIt) {
+  Desk desk;
+  desk.Start();
+  desk.form.Visible = true;
+  desk.form.ExecuteCommand(command::kHide);
+  desk.form.ExecuteCommand(command::kHide);
+  desk.form.ExecuteCommand(command::kShowWindow);
+  desk.form.ExecuteCommand(command::kShowWindow);
+  EXPECT_TRUE(desk.form.Visible);
+  const PixelRect corner{1279, 1023, 1280, 1024};
+  ASSERT_EQ(desk.surface.flights.size(), 2U) << "where there is something to see";
+  EXPECT_EQ(desk.surface.flights[0].second, corner);
+  EXPECT_EQ(desk.surface.flights[1].first, corner);
 }
 
 } // namespace
