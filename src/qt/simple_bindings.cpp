@@ -1,5 +1,6 @@
 // Labels, links and buttons.
 #include <QAbstractButton>
+#include <QKeySequence>
 #include <QLabel>
 
 #include "qt/bindings.h"
@@ -53,12 +54,20 @@ public:
 protected:
   void Show() override {
     if (!model_.Caption.Get().empty()) // a button of a picture alone, or one whose text is its layout's
-      widget_.setText(ToText(model_.Caption.Get()));
+      ShowText();
     widget_.setEnabled(model_.Enabled);
     widget_.setVisible(model_.Visible);
   }
 
 private:
+  // A new text takes the layout's key away, unless it brings one of its own.
+  void ShowText() {
+    const QKeySequence key = widget_.shortcut();
+    widget_.setText(ToText(model_.Caption.Get()));
+    if (widget_.shortcut().isEmpty())
+      widget_.setShortcut(key);
+  }
+
   QAbstractButton& widget_;
   Button& model_;
 };

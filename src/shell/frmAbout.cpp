@@ -24,6 +24,7 @@ frmAbout::frmAbout(const House& house)
   jcForms1.ThemeColor = house_.frame_theme;
   jcForms1.MaxButton = false;
   jcForms1.MinButton = false;
+  jcForms1.Refresh();
 }
 
 void frmAbout::VisitControls(ControlVisitor& visitor) {

@@ -35,6 +35,7 @@ public:
   jcForms jcForms1;
 
   std::string_view Name() const override { return "frmAbout"; }
+  void Load() override { cmdOK.SetFocus(); }
   void EscapePressed() override { Visible = false; }
   void VisitControls(ControlVisitor& visitor) override;
 

@@ -45,6 +45,7 @@ frmHelp::frmHelp(const House& house)
   };
   jcForms1.ThemeColor = house_.frame_theme;
   jcForms1.BorderStyle = jcForms::Border::Sizable;
+  jcForms1.Refresh();
 }
 
 void frmHelp::Load() {

@@ -67,10 +67,12 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   const std::uint64_t key = desk.form.lvwCalls.AddRow({"1"}).key;
   desk.form.lvwCalls.SetSelection({key}, key);
   desk.form.lvwCalls.DblClick();
-  for (const int id : {command::kContacts, command::kCalls, command::kDialer, command::kSettings})
+  for (const int id : {command::kContacts, command::kCalls, command::kDialer, command::kSettings, command::kAbout})
     desk.form.ExecuteCommand(id);
+  desk.form.ExecuteCommand(command::kHelp);
+  ExpectALayout(*desk.windows.beside.back().form);
   EXPECT_THAT(opened, testing::ElementsAre("frmOpen", "frmContacts", "frmContact", "frmImport", "frmCallLog",
-                                           "frmDialer", "frmSettings"));
+                                           "frmDialer", "frmSettings", "frmAbout"));
 }
 
 TEST(FormsTest, AllButtonsOfTheToolBarStandInTheWindow) {
