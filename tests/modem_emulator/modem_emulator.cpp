@@ -14,6 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr Time Step{10'000};
+constexpr auto MostLate = std::chrono::milliseconds(50);
 
 const Personality& PersonalityOf(const std::string& name) {
   const Personality* found = FindPersonality(name);
@@ -68,8 +69,17 @@ void ModemEmulator::Run() {
 }
 
 void ModemEmulator::Serve() {
-  const auto elapsed = std::chrono::duration<double, std::micro>(Clock::now() - began_);
-  const Time now(static_cast<std::int64_t>(elapsed.count() * options_.speed));
+  const auto time_of = [this](Clock::time_point moment) {
+    const auto elapsed = std::chrono::duration<double, std::micro>(moment - began_);
+    return Time(static_cast<std::int64_t>(elapsed.count() * options_.speed));
+  };
+  Time now = time_of(Clock::now());
+  // On a machine that gives this thread no time, the modem's clock stands still with it rather than run after.
+  if (const Time late = now - schedule_.Now() - time_of(began_ + MostLate); late > Time(0)) {
+    began_ += std::chrono::duration_cast<Clock::duration>(
+        std::chrono::duration<double, std::micro>(static_cast<double>(late.count()) / options_.speed));
+    now -= late;
+  }
   if (const bool open = terminal_.IsOpen(); open && !open_) {
     open_ = true;
     modem_.Opened();
@@ -78,9 +88,9 @@ void ModemEmulator::Serve() {
   do {
     schedule_.RunUntil(std::min(now, schedule_.Now() + Step));
     ReadHost();
+    WriteHost();
     UnplugOnFault();
   } while (schedule_.Now() < now);
-  WriteHost();
   if (open_ && !terminal_.IsOpen()) {
     ReadHost();
     waiting_.clear();

@@ -8,7 +8,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <array>
+#include <utility>
 
 namespace kelmio::emulated {
 namespace {
@@ -44,15 +44,18 @@ public:
 
   // What comes until it ends with `end`, or until nothing has come for 5 seconds.
   std::string ReadTo(const std::string& end) {
-    std::string all;
-    while (all.find(end) == all.npos) {
+    while (read_.find(end) == read_.npos) {
       pollfd entry{fd_, POLLIN, 0};
-      char byte = 0;
-      if (poll(&entry, 1, 5000) <= 0 || read(fd_, &byte, 1) != 1) {
-        return all + " <and no " + end + ">";
+      char bytes[4096];
+      const ssize_t count = poll(&entry, 1, 5000) > 0 ? read(fd_, bytes, sizeof bytes) : 0;
+      if (count <= 0) {
+        return std::exchange(read_, "") + " <and no " + end + ">";
       }
-      all += byte;
+      read_.append(bytes, static_cast<std::size_t>(count));
     }
+    const std::size_t size = read_.find(end) + end.size();
+    const std::string all = read_.substr(0, size);
+    read_.erase(0, size);
     return all;
   }
 
@@ -75,6 +78,7 @@ public:
 
 private:
   int fd_;
+  std::string read_;
 };
 
 Samples Ramp(std::size_t count) {
@@ -113,6 +117,20 @@ TEST(ModemEmulatorTest, TellsWhatItIs) {
   EXPECT_EQ(host.Ask("ATV0", "0\r"), "0\r");
   EXPECT_EQ(host.Ask("A/", "0\r"), "0\r");
   EXPECT_THAT(modem.ComplaintsAtEnd(), IsEmpty());
+}
+
+TEST(SoundTest, CodesEveryByteBackAndForth) {
+  std::string all;
+  for (int i = 0; i < 256; ++i) {
+    all += static_cast<char>(i);
+  }
+  for (const Coding coding : {Coding::Unsigned8, Coding::Signed8, Coding::ALaw}) {
+    EXPECT_EQ(Encode(coding, Decode(coding, all)), all);
+  }
+  // The law with two zeros gives one of them back. The ends of both scales are those of G.711.
+  EXPECT_EQ(Encode(Coding::MuLaw, Decode(Coding::MuLaw, all.substr(128))), all.substr(128));
+  EXPECT_EQ(Decode(Coding::MuLaw, "\x80\xFF"), (Samples{32124, 0}));
+  EXPECT_EQ(Decode(Coding::ALaw, "\xAA\xD5\x2A"), (Samples{32256, 8, -32256}));
 }
 
 struct Voice {
@@ -189,13 +207,13 @@ TEST(ModemEmulatorTest, DropsWhatIsBufferedWhenPlaybackIsStopped) {
   Host host(modem);
   TakeCall(modem, host);
   host.Ask("AT+VTX", "CONNECT\r\n");
-  host.Write(std::string(1600, '\xFF'));
+  host.Write(std::string(2000, '\xFF'));
   modem.WaitFor([&] { return modem.Played().size() > 400; });
   modem.CallerPresses("5");
-  EXPECT_THAT(host.ReadTo(D + "~"), HasSubstr(D + "/" + D + "5" + D + "5"));
+  EXPECT_THAT(host.ReadTo(D + "~"), HasSubstr(D + "/" + D + "5")); // and perhaps an underrun by now
   host.Write(std::string(1600, '\xFF') + StopPlaying + std::string(50, 'x'));
   host.ReadTo("\r\nOK\r\n");
-  EXPECT_LT(modem.Played().size(), 3000U);
+  EXPECT_LT(modem.Played().size(), 3400U);
   EXPECT_EQ(host.Ask("AT"), "\r\nOK\r\n");
   EXPECT_THAT(modem.Complaints(), ElementsAre(HasSubstr("50 bytes")));
   EXPECT_THAT(modem.ComplaintsAtEnd(), Contains(HasSubstr("off hook")));

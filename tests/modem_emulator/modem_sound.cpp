@@ -42,7 +42,8 @@ void Modem::Tick() {
   const int percent = faults_.Is(21, "fast") ? 101 : faults_.Is(21, "slow") ? 99 : 100;
   schedule_.In(TickTime * 100 / percent, Group::Clock, [this] { Tick(); });
   int level = 0;
-  for (int i = 0; i < TickSamples; ++i) {
+  const bool still = stream_ == Stream::None && beep_.empty() && line_.Unheard();
+  for (int i = 0; i < TickSamples && !still; ++i) {
     std::int16_t out = 0;
     if (!beep_.empty()) {
       out = beep_.front();
@@ -98,10 +99,10 @@ std::int16_t Modem::NextPlayed() {
     return 0;
   }
   dry_ = false;
-  const std::string bytes = play_.substr(0, size);
+  const Samples sample = Decode(Chosen().coding, std::string_view(play_).substr(0, size));
+  played_.append(play_, 0, size);
   play_.erase(0, size);
-  played_ += bytes;
-  return Decode(Chosen().coding, bytes).front();
+  return sample.front();
 }
 
 void Modem::TakePlayed(unsigned char byte) {

@@ -78,6 +78,8 @@ public:
     std::int16_t line;    // from the far end or the exchange
     std::int16_t handset; // from the telephone beside the modem
   };
+  // Nobody on this side is off hook: nothing is said or heard.
+  bool Unheard() const { return !modem_ && !handset_ && !extension_ && handset_says_.empty(); }
   // One sample goes out and one comes in.
   Moment Step(std::int16_t out);
   const Samples& Heard() const { return heard_; }
