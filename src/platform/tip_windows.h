@@ -6,15 +6,13 @@
 #include <memory>
 #include <string>
 
-#include "controls/basic_controls.h"
-
 namespace kelmio {
 
-/// A colour with its highest bit set is one of the desktop's own, by the number of the Windows API's in the lowest
-/// byte.
+/// Colours have red in the lowest byte. One with its highest bit set is one of the desktop's own, by the number of the
+/// Windows API's in the lowest byte.
 inline constexpr std::uint32_t kDesktopColorBit = 0x80000000;
-inline constexpr Color kDesktopTipText = static_cast<Color>(kDesktopColorBit | 0x17);
-inline constexpr Color kDesktopTipBack = static_cast<Color>(kDesktopColorBit | 0x18);
+inline constexpr std::int32_t kDesktopTipText = static_cast<std::int32_t>(kDesktopColorBit | 0x17);
+inline constexpr std::int32_t kDesktopTipBack = static_cast<std::int32_t>(kDesktopColorBit | 0x18);
 
 struct TipContent {
   bool balloon = true;   // rounded, and points at its place
@@ -22,8 +20,8 @@ struct TipContent {
   int icon = 0;          // 1 information, 2 warning, 3 error
   std::string title;     // with no title and no icon there is no heading
   std::string prompt;
-  Color fore = kDesktopTipText;
-  Color back = kDesktopTipBack;
+  std::int32_t fore = kDesktopTipText;
+  std::int32_t back = kDesktopTipBack;
 };
 
 /// A tip on the screen. Its end takes it off.
