@@ -50,11 +50,14 @@ struct FrameBindingTest : testing::Test {
 TEST_F(FrameBindingTest, AModalWindowKeepsItsFrameAndClosesByItsButton) {
   frmAbout about({desktop, links, errors, 0});
   bool seen = false;
-  QTimer::singleShot(0, [&] {
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, [&] {
     auto* frame = Find<FrameWidget>("jcForms1");
-    ASSERT_NE(frame, nullptr);
-    QWidget* window = frame->window();
+    if (frame == nullptr)
+      return; // not on the screen yet
+    look.stop();
     seen = true;
+    QWidget* window = frame->window();
     EXPECT_TRUE(window->windowFlags().testFlag(Qt::FramelessWindowHint));
     EXPECT_EQ(window->windowModality(), Qt::ApplicationModal);
     EXPECT_EQ(frame->geometry(), window->rect());
@@ -62,6 +65,7 @@ TEST_F(FrameBindingTest, AModalWindowKeepsItsFrameAndClosesByItsButton) {
     const FrameRect close = about.jcForms1.CaptionButtons().front().place;
     QTest::mouseClick(frame, Qt::LeftButton, {}, {close.left + 4, close.top + 4});
   });
+  look.start(5);
   windows.ShowModal(about, nullptr);
   EXPECT_TRUE(seen);
   EXPECT_FALSE(about.Visible);
