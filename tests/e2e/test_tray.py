@@ -97,7 +97,7 @@ class Tray(unittest.TestCase):
         program = self.start(screen, bus.environment())
         screen.visible(NAME)
         tray = NotifierTray(bus)
-        eventually(tray.item, "the icon", 25)
+        eventually(lambda: len(tray.items) == 2 and tray.item(), "the icon", 25)  # it is added twice
         self.assertEqual(tray.shown("ToolTip")[2], NAME)
         self.assertEqual(tray.menu(), MENU)
         tray.choose("Off")
@@ -115,7 +115,7 @@ class Tray(unittest.TestCase):
 
         again = NotifierTray(bus)
         self.addCleanup(again.close)
-        eventually(again.item, "the icon in the new tray", 25)
+        eventually(lambda: len(again.items) == 2 and again.item(), "the icon added twice in the new tray", 25)
         self.assertEqual(again.shown("ToolTip")[2], NAME)
         again.choose("Exit")
         eventually(lambda: not program.runs(), "the program's end")
