@@ -123,7 +123,7 @@ bool Modem::TakeCommandByte(unsigned char byte) {
     return true;
   }
   if (echo_ || faults_.On(2)) {
-    Put(std::string(1, static_cast<char>(byte)));
+    out_.push_back({schedule_.Now(), false, std::string(1, static_cast<char>(byte))});
   }
   const char upper = static_cast<char>(std::toupper(byte));
   if (in_command_) {
@@ -286,7 +286,7 @@ void Modem::Text(const std::string& text) {
   Put(end + text + end);
 }
 
-void Modem::Put(const std::string& bytes, bool apart) {
+void Modem::Put(const std::string& bytes) {
   if (bytes.empty() || faults_.On(1)) {
     return;
   }
@@ -297,11 +297,9 @@ void Modem::Put(const std::string& bytes, bool apart) {
   if (!out_.empty()) {
     due = std::max(due, out_.back().due);
   }
+  // In a stream all but a code of two bytes is sound.
   const bool sound = stream_ != Stream::None && bytes.size() > 2;
-  if (sound) {
-    log_samples_ += bytes.size() - 1; // and one below
-  }
-  Log('<', sound ? "" : bytes);
+  Log('<', sound ? "" : bytes, sound ? bytes.size() : 0);
   if (stream_ == Stream::None && faults_.On(4) && !faults_.Is(4, "merged")) {
     for (const char character : bytes) {
       due += Time(1'000);
@@ -315,7 +313,7 @@ void Modem::Put(const std::string& bytes, bool apart) {
     out_.push_back({due + Time(5'000), true, bytes.substr(dle + 1)});
     return;
   }
-  out_.push_back({due, apart, bytes});
+  out_.push_back({due, false, bytes});
 }
 
 void Modem::Code(char code) {
@@ -330,30 +328,36 @@ void Modem::Complain(const std::string& what) {
 }
 
 // Sample bytes are only counted, so that what was said stays readable.
-void Modem::Log(char direction, std::string_view bytes) {
-  const bool samples = bytes.empty();
-  const bool line_ends =
-      !log_.empty() && (log_.back() == '\n' || log_.back() == '\r') && !(bytes.size() == 1 && bytes[0] == '\n');
-  if (log_direction_ != 0 && (direction != log_direction_ || (samples ? !log_.empty() : log_samples_ > 0) ||
-                              (line_ends && direction == '>') || direction == '*')) {
-    char stamp[32];
-    std::snprintf(stamp, sizeof stamp, "%9.3f %c ", static_cast<double>(schedule_.Now().count()) / 1e6, log_direction_);
-    transcript_ += stamp;
-    transcript_ += log_samples_ > 0 ? "[" + std::to_string(log_samples_) + " samples]" : Visible(log_);
-    transcript_ += '\n';
-    log_.clear();
-    log_samples_ = 0;
+void Modem::Log(char direction, std::string_view bytes, std::size_t samples) {
+  constexpr Time OneSaying{50'000};
+  const Time now = schedule_.Now();
+  const bool line_over = direction == '>' && !log_.empty() && log_.back() == '\r';
+  const bool later = samples == 0 && now - log_last_ > OneSaying;
+  if (direction != log_direction_ || direction == '*' || (samples > 0) != (log_samples_ > 0) || line_over || later) {
+    FlushLog();
+    log_began_ = now;
   }
   log_direction_ = direction;
   log_ += bytes;
-  log_samples_ += samples ? 1 : 0;
+  log_samples_ += samples;
+  log_last_ = now;
+}
+
+void Modem::FlushLog() {
+  if (!log_.empty() || log_samples_ > 0) {
+    char stamp[32];
+    std::snprintf(stamp, sizeof stamp, "%9.3f %c ", static_cast<double>(log_began_.count()) / 1e6, log_direction_);
+    transcript_ += stamp;
+    transcript_ += log_samples_ > 0 ? "[" + std::to_string(log_samples_) + " samples]" : Visible(log_);
+    transcript_ += '\n';
+  }
+  log_.clear();
+  log_samples_ = 0;
+  log_direction_ = 0;
 }
 
 const std::string& Modem::Transcript() {
-  Log('*', "");
-  log_direction_ = 0;
-  log_samples_ = 0;
-  log_.clear();
+  FlushLog();
   return transcript_;
 }
 

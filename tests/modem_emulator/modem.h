@@ -74,9 +74,10 @@ private:
   void RunLine(const std::string& body);
   void Finish(const std::string& final);
   void Text(const std::string& text);
-  void Put(const std::string& bytes, bool apart = false);
+  void Put(const std::string& bytes);
   void Code(char code);
-  void Log(char direction, std::string_view bytes);
+  void Log(char direction, std::string_view bytes, std::size_t samples = 0);
+  void FlushLog();
   std::string Ok() const;
   bool Voice() const { return class_ == 8; }
 
@@ -179,6 +180,8 @@ private:
   std::string log_;
   char log_direction_ = 0;
   std::size_t log_samples_ = 0;
+  Time log_began_{0};
+  Time log_last_{0};
   std::vector<std::string> complaints_;
 };
 

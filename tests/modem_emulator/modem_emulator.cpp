@@ -65,6 +65,12 @@ void ModemEmulator::Run() {
     while (read(wake_[0], drained, sizeof drained) > 0) {
     }
     lock.lock();
+    // Here and not in Unplug: a file that this thread is waiting for isn't closed before it stops to wait.
+    if (unplug_) {
+      terminal_.Unplug();
+      unplug_ = false;
+      unplugged_.notify_all();
+    }
   }
 }
 
@@ -236,11 +242,14 @@ void ModemEmulator::Extension(bool off_hook) {
 }
 
 void ModemEmulator::Unplug() {
-  const std::lock_guard lock(mutex_);
-  terminal_.Unplug();
+  std::unique_lock lock(mutex_);
+  unplug_ = true;
+  Nudge();
+  unplugged_.wait(lock, [this] { return !unplug_; });
 }
 
 void ModemEmulator::Replug(Node node) {
+  Unplug();
   const std::lock_guard lock(mutex_);
   open_ = false;
   waiting_.clear();

@@ -16,7 +16,7 @@
 // the real one; the driver's clock has to be as fast, or be the one of the samples.
 //
 // The emulator has a thread of its own. Every function may be called from any thread and returns at once; only the
-// destructor, Unplug and WaitFor wait.
+// destructor, Unplug, Replug and WaitFor wait.
 
 #include "modem_emulator/caller_id.h"
 #include "modem_emulator/modem.h"
@@ -24,6 +24,7 @@
 #include "modem_emulator/virtual_line.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <functional>
 #include <mutex>
@@ -142,6 +143,8 @@ private:
   std::string waiting_; // read, but not yet taken by the modem
   bool open_ = false;
   bool over_ = false;
+  bool unplug_ = false; // asked for, not yet done
+  std::condition_variable unplugged_;
   int wake_[2] = {-1, -1};
   std::thread thread_;
 };

@@ -116,8 +116,8 @@ void Modem::TakePlayed(unsigned char byte) {
     strays_ += static_cast<std::int64_t>(item.samples.size());
     return;
   }
-  for (std::size_t i = 0; i < item.samples.size(); ++i) {
-    Log('>', "");
+  if (!item.samples.empty()) {
+    Log('>', "", item.samples.size());
   }
   play_ += item.samples;
   started_ = started_ || !play_.empty();
