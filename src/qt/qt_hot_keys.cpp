@@ -5,41 +5,34 @@
 #include <xcb/xcb_keysyms.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "qt/handler_guard.h"
+#include "qt/key_codes.h"
 #include "qt/x11_connection.h"
 
 namespace kelmio {
 
 namespace {
 
-// Virtual key codes and modifier bits of the Windows API.
-constexpr int kFirstFunctionKey = 112;
-constexpr int kLastFunctionKey = 127; // F16
-constexpr int kAlt = 1;
-constexpr int kControl = 2;
-constexpr int kShift = 4;
-
-// Key symbols of X11 (keysymdef.h).
-constexpr std::uint32_t kSymbolF1 = 0xFFBE;
+// Key symbol of X11 (keysymdef.h).
 constexpr std::uint32_t kSymbolNumLock = 0xFF7F;
 
-/// 0 for a code that stands for no key.
-std::uint32_t SymbolOf(int key_code) {
-  if (key_code >= kFirstFunctionKey && key_code <= kLastFunctionKey)
-    return kSymbolF1 + static_cast<std::uint32_t>(key_code - kFirstFunctionKey);
-  if (key_code >= 'A' && key_code <= 'Z')
-    return static_cast<std::uint32_t>(key_code - 'A' + 'a'); // as the key is without Shift
-  return key_code >= '0' && key_code <= '9' ? static_cast<std::uint32_t>(key_code) : 0;
-}
+// Of the keyboard extension (XKB.h): its name, and the kinds of its event that tell of another layout.
+constexpr const char* kKeyboardExtension = "XKEYBOARD";
+constexpr std::uint8_t kNewKeyboard = 0;
+constexpr std::uint8_t kNewMap = 1;
+
+/// A key that is held comes again and again, each time with a release just before. No finger is as quick.
+constexpr std::uint32_t kRepeatGapMs = 10;
 
 std::uint16_t ModifiersOf(int modifiers) {
   std::uint16_t mask = 0;
-  if ((modifiers & kAlt) != 0)
+  if ((modifiers & kAltKey) != 0)
     mask |= XCB_MOD_MASK_1;
-  if ((modifiers & kControl) != 0)
+  if ((modifiers & kControlKey) != 0)
     mask |= XCB_MOD_MASK_CONTROL;
-  if ((modifiers & kShift) != 0)
+  if ((modifiers & kShiftKey) != 0)
     mask |= XCB_MOD_MASK_SHIFT;
   return mask;
 }
@@ -61,6 +54,11 @@ QtHotKeys::QtHotKeys() {
     return;
   root_ = X11Screen(connection_)->root;
   symbols_ = xcb_key_symbols_alloc(connection_);
+  const auto asked = xcb_query_extension(
+      connection_, static_cast<std::uint16_t>(std::string_view(kKeyboardExtension).size()), kKeyboardExtension);
+  const ReplyPtr<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(connection_, asked, nullptr));
+  if (extension != nullptr && extension->present != 0)
+    keyboard_event_ = extension->first_event;
   QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -74,7 +72,7 @@ QtHotKeys::~QtHotKeys() {
 }
 
 bool QtHotKeys::RegisterHotKey(int id, int modifiers, int key_code) {
-  Key key{ModifiersOf(modifiers), SymbolOf(key_code)};
+  Key key{ModifiersOf(modifiers), KeySymbol(key_code)};
   if (connection_ == nullptr || key.symbol == 0 || keys_.contains(id) || !Grab(key))
     return false;
   keys_.emplace(id, std::move(key));
@@ -108,61 +106,82 @@ std::vector<std::uint16_t> QtHotKeys::LockCombinations() const {
 }
 
 bool QtHotKeys::Grab(Key& key) {
-  key.codes = CodesOf(symbols_, key.symbol);
-  bool taken = !key.codes.empty();
-  for (const std::uint8_t code : key.codes)
-    for (const std::uint16_t locks : LockCombinations()) {
-      const auto mask = static_cast<std::uint16_t>(key.modifiers | locks);
-      const auto asked =
-          xcb_grab_key_checked(connection_, 0, root_, mask, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-      const ReplyPtr<xcb_generic_error_t> error(xcb_request_check(connection_, asked));
-      taken = taken && error == nullptr;
-    }
+  const std::vector<std::uint16_t> locks = LockCombinations();
+  for (const std::uint8_t code : CodesOf(symbols_, key.symbol))
+    for (const std::uint16_t lock : locks)
+      key.grabs.push_back({code, static_cast<std::uint16_t>(key.modifiers | lock)});
+  bool taken = !key.grabs.empty();
+  for (const auto& [code, mask] : key.grabs) {
+    const auto asked =
+        xcb_grab_key_checked(connection_, 0, root_, mask, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const ReplyPtr<xcb_generic_error_t> error(xcb_request_check(connection_, asked));
+    taken = taken && error == nullptr;
+  }
   if (!taken)
     Release(key);
   return taken;
 }
 
 void QtHotKeys::Release(Key& key) {
-  for (const std::uint8_t code : key.codes)
-    for (const std::uint16_t locks : LockCombinations())
-      xcb_ungrab_key(connection_, code, root_, static_cast<std::uint16_t>(key.modifiers | locks));
-  key.codes.clear();
+  for (const auto& [code, mask] : key.grabs)
+    xcb_ungrab_key(connection_, code, root_, mask);
+  key.grabs.clear();
+  key.down = false;
   xcb_flush(connection_);
 }
 
-void QtHotKeys::RegrabAll() {
-  for (auto& [id, key] : keys_) {
+void QtHotKeys::KeyboardChanged() {
+  xcb_key_symbols_free(symbols_);
+  symbols_ = xcb_key_symbols_alloc(connection_);
+  // All are let go first: with the new layout one may stand where another stood.
+  for (auto& [id, key] : keys_)
     Release(key);
+  for (auto& [id, key] : keys_)
     Grab(key);
+}
+
+bool QtHotKeys::Pressed(std::uint8_t code, std::uint16_t state, std::uint32_t time) {
+  constexpr std::uint16_t kAsked = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
+  for (auto& [id, key] : keys_) {
+    if ((state & kAsked) != key.modifiers || !key.Has(code))
+      continue;
+    const bool repeated = key.down || time - key.released_at < kRepeatGapMs;
+    key.down = true;
+    if (!repeated)
+      RunHandler([this, pressed = id] { on_hot_key(pressed); });
+    return true;
   }
+  return false;
+}
+
+void QtHotKeys::Released(std::uint8_t code, std::uint32_t time) {
+  for (auto& [id, key] : keys_)
+    if (key.down && key.Has(code)) {
+      key.down = false;
+      key.released_at = time;
+    }
 }
 
 bool QtHotKeys::nativeEventFilter(const QByteArray& type, void* message, qintptr* /*result*/) {
   if (type != "xcb_generic_event_t")
     return false;
-  auto* event = static_cast<xcb_generic_event_t*>(message);
+  const auto* event = static_cast<const xcb_generic_event_t*>(message);
   constexpr std::uint8_t kSentBySomeone = 0x80;
-  switch (event->response_type & ~kSentBySomeone) {
-  case XCB_MAPPING_NOTIFY:
-    xcb_refresh_keyboard_mapping(symbols_, reinterpret_cast<xcb_mapping_notify_event_t*>(event));
-    RegrabAll();
+  const auto kind = static_cast<std::uint8_t>(event->response_type & ~kSentBySomeone);
+  // Who has asked for the extension's events, as the toolkit does, isn't told of a new layout in any other way. Of
+  // these events the second byte is the kind.
+  if (kind == XCB_MAPPING_NOTIFY ||
+      (kind == keyboard_event_ && kind != 0 && (event->pad0 == kNewKeyboard || event->pad0 == kNewMap)))
+    KeyboardChanged();
+  if (kind != XCB_KEY_PRESS && kind != XCB_KEY_RELEASE)
     return false;
-  case XCB_KEY_PRESS: {
-    const auto* press = reinterpret_cast<const xcb_key_press_event_t*>(event);
-    if (press->event != root_)
-      return false;
-    constexpr std::uint16_t kAsked = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
-    for (const auto& [id, key] : keys_)
-      if ((press->state & kAsked) == key.modifiers && std::ranges::count(key.codes, press->detail) != 0) {
-        RunHandler([this, pressed = id] { on_hot_key(pressed); });
-        return true;
-      }
+  const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event); // a release has the same form
+  if (key->event != root_)
     return false;
-  }
-  default:
-    return false;
-  }
+  if (kind == XCB_KEY_PRESS)
+    return Pressed(key->detail, key->state, key->time);
+  Released(key->detail, key->time);
+  return false;
 }
 
 } // namespace kelmio

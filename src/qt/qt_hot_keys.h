@@ -3,6 +3,7 @@
 
 #include <QAbstractNativeEventFilter>
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -27,10 +28,20 @@ public:
   bool UnregisterHotKey(int id) override;
 
 private:
+  struct Grabbed {
+    std::uint8_t code;  // of the keyboard
+    std::uint16_t mask; // modifiers and locks
+  };
   struct Key {
     std::uint16_t modifiers = 0; // of X11
     std::uint32_t symbol = 0;
-    std::vector<std::uint8_t> codes{}; // of the keyboard, as grabbed
+    std::vector<Grabbed> grabs{};
+    bool down = false;
+    std::uint32_t released_at = 0; // the server's time in milliseconds
+
+    bool Has(std::uint8_t code) const {
+      return std::ranges::any_of(grabs, [&](const Grabbed& grab) { return grab.code == code; });
+    }
   };
 
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
@@ -40,10 +51,14 @@ private:
   /// All or nothing.
   bool Grab(Key& key);
   void Release(Key& key);
-  void RegrabAll();
+  void KeyboardChanged();
+  /// True for a key of ours; a key that is held counts once.
+  bool Pressed(std::uint8_t code, std::uint16_t state, std::uint32_t time);
+  void Released(std::uint8_t code, std::uint32_t time);
 
   xcb_connection_t* connection_ = nullptr; // the desktop's; nothing without X11
   std::uint32_t root_ = 0;
+  std::uint8_t keyboard_event_ = 0; // number of the keyboard extension's events; 0 without it
   _XCBKeySymbols* symbols_ = nullptr;
   std::map<int, Key> keys_;
 };

@@ -1,4 +1,5 @@
 """The key that brings the program up from anywhere."""
+import time
 import unittest
 
 from desk import Screen
@@ -41,6 +42,35 @@ class HotKey(unittest.TestCase):
         self.screen.minimize(first)
         self.screen.press(KEY)
         self.screen.visible(NAME)
+
+    def test_a_held_key_counts_once(self):
+        program = self.run_program(self.home)
+        self.screen.minimize(self.screen.window(NAME))
+        self.screen.no_window(NAME)
+        keys = KEY.split("+")
+        for key in keys:
+            self.screen.hold(key)
+        self.screen.minimize(self.screen.visible(NAME))
+        self.screen.no_window(NAME)
+        time.sleep(1.5)  # the keyboard repeats 25 times a second after 0.66 s
+        self.assertFalse(self.screen.sees(NAME), "it comes up while the key is held")
+        for key in keys:
+            self.screen.let_go(key)
+        self.screen.press(KEY)
+        self.screen.visible(NAME)
+        self.assertTrue(program.runs())
+
+    def test_the_key_follows_the_layout_of_the_keyboard(self):
+        self.home.remove()
+        self.home = Home(settings={"HotKeyCode": ord("Z")})
+        self.addCleanup(self.home.remove)
+        self.run_program(self.home)
+        for layout in ("us", "de", "us"):  # Y and Z change places
+            self.screen.set_layout(layout)
+            self.screen.minimize(self.screen.window(NAME))
+            self.screen.no_window(NAME)
+            self.screen.press("alt+ctrl+shift+z")
+            self.screen.visible(NAME)
 
 
 if __name__ == "__main__":
