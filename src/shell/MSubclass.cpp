@@ -87,8 +87,9 @@ MessageResult MSubclass::WindowProc(WindowHandle window, std::uint32_t message, 
   const std::shared_ptr<SubclassTable> table = windows_.Table(window);
   if (table == nullptr)
     return 0;
-  const std::vector<Listener> listeners = Listeners(window, message);
+  std::vector<Listener> listeners = Listeners(window, message);
   if (!listeners.empty()) {
+    std::reverse(listeners.begin(), listeners.end());
     const Scoped message_in_progress(current_message_, message);
     const Scoped result_so_far(current_result_, MessageResult{0});
     return CallListeners(listeners, table->old_procedure, window, word, long_word);
@@ -111,18 +112,18 @@ MessageResult MSubclass::CallListeners(const std::vector<Listener>& listeners, c
   };
   // Kept from the call of the one that decides, who may be gone when the last has run.
   std::optional<MessageResponse> response;
-  for (auto listener = listeners.rbegin(); listener != listeners.rend(); ++listener) {
-    if (!IsAttached(*listener, window, message))
+  for (const Listener& listener : listeners) {
+    if (!IsAttached(listener, window, message))
       continue;
-    const bool decides = First(window, message) == listener->object;
+    const bool decides = First(window, message) == listener.object;
     if (decides) {
-      response = listener->object->MsgResponse();
+      response = listener.object->MsgResponse();
       if (response == MessageResponse::OldFirst)
         call_old();
-      if (!IsAttached(*listener, window, message))
+      if (!IsAttached(listener, window, message))
         continue;
     }
-    current_result_ = listener->object->WindowProc(window, message, word, long_word);
+    current_result_ = listener.object->WindowProc(window, message, word, long_word);
   }
   // Another than the one that has decided may be the first by now.
   if (const ISubclass* first = First(window, message))

@@ -79,6 +79,7 @@ private:
   friend struct SubclassTable;
 
   MessageResult WindowProc(WindowHandle window, std::uint32_t message, MessageWord word, MessageWord long_word);
+  /// The listeners stand in the order in which they run.
   MessageResult CallListeners(const std::vector<Listener>& listeners, const WindowProcedure& old_procedure,
                               WindowHandle window, MessageWord word, MessageWord long_word);
   /// Those of a message that still live, the first attached first; forgets the others.
