@@ -43,9 +43,9 @@
 #include "platform/window_surface.h"
 #include "settings_ui/mHotKeys.h"
 #include "settings_ui/settings_host.h"
-#include "shell/call_notice.h"
 #include "shell/ToolTipOnDemand.h"
 #include "shell/TrayIcon.h"
+#include "shell/call_notice.h"
 #include "shell/local_windows.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
@@ -169,8 +169,8 @@ public:
   void HideToTray();
   void ShowFromTray();
   void ShowTrayPopup();
-  /// A balloon at the tray icon, or where it was last seen; in the corner of the screen when that isn't known. Colours of
-  /// -1 are the usual ones. A failure is silent.
+  /// A balloon at the tray icon, or where it was last seen; in the corner of the screen when that isn't known. Colours
+  /// of -1 are the usual ones. A failure is silent.
   void ShowTrayBalloon(int icon_type, const std::string& prompt, const std::string& title, int time_out_ms,
                        Color back_color, Color fore_color) noexcept;
 
