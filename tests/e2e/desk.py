@@ -112,6 +112,19 @@ class Screen:
         rows = rows[: len(rows) // head[12] * head[12]].reshape(-1, head[12] // 4, 4)
         return rows[top + y : top + y + height, left + x : left + x + width, :3]
 
+    def click_at(self, x, y):
+        """At a place of the screen, in pixels; whichever window lies there."""
+        self._xdotool("mousemove", str(x), str(y), "click", "1")
+
+    def active(self):
+        """The window that has the focus."""
+        return self._xdotool("getactivewindow").strip()
+
+    def place(self, window):
+        """Left, top, width and height in pixels."""
+        told = dict(line.split("=") for line in self._xdotool("getwindowgeometry", "--shell", window).split())
+        return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
     def type(self, text):
         self._xdotool("type", "--delay", "20", text)
 
