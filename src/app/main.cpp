@@ -97,8 +97,8 @@ int Run(QApplication& application) {
   QtFilePicker file_picker;
   QtFileClipboard file_clipboard;
   QtColorPicker color_picker;
-  QtWindowSurface surface;
   const std::unique_ptr<HotKeys> hot_keys = MakeHotKeys();
+  QtWindowSurface surface;
   DBusNotifications notifications;
   QtAppearance appearance(application);
   QtLinkOpener link_opener;
@@ -121,11 +121,39 @@ int Run(QApplication& application) {
 
   AppState app;
   Settings settings;
-  frmMain main_form({app,        settings,     loop,     timers,        clock,       registry,
-                     desktop,    clipboard,    tray,     tips,     auto_start,    mmc,         journal,
-                     lines,      windows,      boxes,    folder_picker, file_picker, file_clipboard,
-                     appearance, link_opener,  images,   address_books, wave_images, greeting,
-                     *hot_keys,  color_picker, surface, notifications, app_path, executable});
+  frmMain main_form({
+      .app = app,
+      .settings = settings,
+      .loop = loop,
+      .timers = timers,
+      .clock = clock,
+      .registry = registry,
+      .desktop = desktop,
+      .clipboard = clipboard,
+      .tray = tray,
+      .tips = tips,
+      .auto_start = auto_start,
+      .mmc = mmc,
+      .journal = journal,
+      .lines = lines,
+      .windows = windows,
+      .boxes = boxes,
+      .folder_picker = folder_picker,
+      .file_picker = file_picker,
+      .file_clipboard = file_clipboard,
+      .appearance = appearance,
+      .link_opener = link_opener,
+      .images = images,
+      .address_books = address_books,
+      .wave_images = wave_images,
+      .greeting = greeting,
+      .hot_keys = *hot_keys,
+      .color_picker = color_picker,
+      .surface = surface,
+      .notifications = notifications,
+      .app_path = app_path,
+      .executable = executable,
+  });
   const std::unique_ptr<QWidget> window = MakeWindow(main_form, main_form.Name());
   const UnixSignals unix_signals([&](int) { main_form.Unload(); });
   main_form.Load();

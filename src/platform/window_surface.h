@@ -1,4 +1,5 @@
-// What can be done to a window beyond what its form says: its visible part, its transparency, the flight of its caption.
+// What can be done to a window beyond what its form says: its visible part, its transparency, the flight of its
+// caption.
 #pragma once
 
 #include <optional>

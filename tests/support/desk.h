@@ -11,9 +11,9 @@
 #include "fakes/fake_call_sound.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
+#include "fakes/fake_notifications.h"
 #include "fakes/fake_tray.h"
 #include "fakes/fake_window_surface.h"
-#include "fakes/fake_notifications.h"
 #include "fakes/scripted_line.h"
 #include "shell/command_table.h"
 #include "shell/frmMain.h"
@@ -119,13 +119,39 @@ struct Desk {
   FakeColorPicker color_picker;
   FakeWindowSurface surface;
   FakeNotifications notifications;
-  frmMain form{{app,         settings,       loop,        loop,
-                loop,        registry,       desktop,     clipboard,
-                tray,        tips,           auto_start,     mmc,         journal,
-                lines,       windows,        boxes,       folder_picker,
-                file_picker, file_clipboard, appearance,  link_opener,
-                images,      address_books,  wave_images, greeting,
-                hot_keys,    color_picker, surface,   notifications, home.Path(), "/opt/kelmio/kelmio"}};
+  frmMain form{{
+      .app = app,
+      .settings = settings,
+      .loop = loop,
+      .timers = loop,
+      .clock = loop,
+      .registry = registry,
+      .desktop = desktop,
+      .clipboard = clipboard,
+      .tray = tray,
+      .tips = tips,
+      .auto_start = auto_start,
+      .mmc = mmc,
+      .journal = journal,
+      .lines = lines,
+      .windows = windows,
+      .boxes = boxes,
+      .folder_picker = folder_picker,
+      .file_picker = file_picker,
+      .file_clipboard = file_clipboard,
+      .appearance = appearance,
+      .link_opener = link_opener,
+      .images = images,
+      .address_books = address_books,
+      .wave_images = wave_images,
+      .greeting = greeting,
+      .hot_keys = hot_keys,
+      .color_picker = color_picker,
+      .surface = surface,
+      .notifications = notifications,
+      .app_path = home.Path(),
+      .executable = "/opt/kelmio/kelmio",
+  }};
 };
 
 } // namespace kelmio::test
