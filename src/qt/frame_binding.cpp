@@ -16,10 +16,9 @@ public:
       : ControlBinding(model, widget), widget_(widget), window_(*widget.window()), model_(model) {
     window_.setWindowFlag(Qt::FramelessWindowHint);
     window_.installEventFilter(this);
-    widget.SetFrame(&model);
+    widget.SetFrame(model);
     Cover();
   }
-  ~FrameBinding() override { widget_.SetFrame(nullptr); }
 
   void OtherChanged() override { widget_.LayOut(); }
 

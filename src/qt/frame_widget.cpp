@@ -74,8 +74,8 @@ FrameWidget::FrameWidget(QWidget* parent) : QWidget(parent) {
   setMouseTracking(true);
 }
 
-void FrameWidget::SetFrame(jcForms* frame) {
-  frame_ = frame;
+void FrameWidget::SetFrame(jcForms& frame) {
+  frame_ = &frame;
   LayOut();
 }
 

@@ -16,8 +16,8 @@ class FrameWidget : public QWidget {
 public:
   explicit FrameWidget(QWidget* parent = nullptr);
 
-  /// The frame to show; nothing takes it away. It outlives its use here.
-  void SetFrame(jcForms* frame);
+  /// The frame to show. It outlives the widget.
+  void SetFrame(jcForms& frame);
   /// Measures anew, and leaves the window's content the room that the frame doesn't take.
   void LayOut();
 
