@@ -42,20 +42,7 @@ constexpr std::array kFields{
 constexpr std::array<std::string_view, 10> kNotTold{"P",        "O",           "PRIVATE", "RESTRICTED", "UNAVAILABLE",
                                                     "WITHHELD", "OUT OF AREA", "UNKNOWN", "ANONYMOUS",  "BLOCKED"};
 
-std::string Upper(std::string_view text) {
-  std::string upper(text);
-  for (char& letter : upper)
-    letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-  return upper;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ')
-    text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ')
-    text.remove_suffix(1);
-  return text;
-}
+constexpr std::string_view kBlank = " ";
 
 struct Item {
   Field field;
@@ -66,7 +53,7 @@ std::optional<Item> ItemOf(std::string_view line) {
   const std::size_t sign = line.find_first_of("=:");
   if (sign == std::string_view::npos)
     return std::nullopt;
-  const std::string key = Upper(Trimmed(line.substr(0, sign)));
+  const std::string key = AsciiUpper(Trimmed(line.substr(0, sign), kBlank));
   const auto* found =
       std::find_if(kFields.begin(), kFields.end(), [&](const auto& entry) { return entry.first == key; });
   if (found == kFields.end())
@@ -74,7 +61,7 @@ std::optional<Item> ItemOf(std::string_view line) {
   std::string_view value = line.substr(sign + 1);
   if (key == "FM") // FM:5551234 TO:5556789
     value = value.substr(0, value.find(" TO:"));
-  return Item{found->second, Trimmed(value)};
+  return Item{found->second, Trimmed(value, kBlank)};
 }
 
 int HexDigit(char digit) {
@@ -136,8 +123,8 @@ std::string ShownText(std::string_view raw) {
     else if (letter >= 0xA0) // below are the control characters of Latin-1
       AppendLatin1(text, letter);
   }
-  const std::string_view shown = Trimmed(text);
-  const std::string word = Upper(shown);
+  const std::string_view shown = Trimmed(text, kBlank);
+  const std::string word = AsciiUpper(shown);
   if (std::find(kNotTold.begin(), kNotTold.end(), word) != kNotTold.end())
     return {};
   return std::string(shown);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "core/text.h"
 #include "drivers/voice_modem/caller_id_report.h"
 #include "drivers/voice_modem/dle_codec.h"
 
@@ -33,14 +34,7 @@ constexpr std::array kFinalWords{
 
 constexpr std::array<std::string_view, 6> kCadenceWords{"DRON", "DROF", "CPON", "CPOF", "CWON", "CWOF"};
 
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\v\f\0";
-  while (!text.empty() && kBlanks.find(text.front()) != std::string_view::npos)
-    text.remove_prefix(1);
-  while (!text.empty() && kBlanks.find(text.back()) != std::string_view::npos)
-    text.remove_suffix(1);
-  return text;
-}
+constexpr std::string_view kBlanks = " \t\v\f";
 
 std::optional<FinalCode> FinalOf(std::string_view line) {
   // Modems may add a speed to CONNECT, and to DELAYED a time.
@@ -105,7 +99,7 @@ void ReplyParser::Add(char byte) {
 
 void ReplyParser::EndLine(const Sink& sink) {
   const std::string whole = std::exchange(line_, {});
-  const std::string_view line = Trimmed(whole);
+  const std::string_view line = Trimmed(whole, kBlanks);
   if (line.empty() || (!echo_.empty() && line == echo_))
     return;
   sink(ReplyOf(line));
@@ -144,7 +138,7 @@ std::size_t ReplyParser::Push(std::string_view bytes, const Sink& sink) {
     } else if (byte == kDle) {
       after_dle_ = true;
     } else if (byte == '\r' || byte == '\n') {
-      const bool connect = FinalOf(Trimmed(line_)) == FinalCode::Connect;
+      const bool connect = FinalOf(Trimmed(line_, kBlanks)) == FinalCode::Connect;
       connecting_ = connect && byte == '\r';
       if (connecting_)
         continue;
