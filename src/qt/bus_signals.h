@@ -1,4 +1,4 @@
-// Signals of the desktop's message bus, for classes that are no objects of the toolkit.
+// What the speakers with services of the desktop's message bus share.
 #pragma once
 
 #include <QDBusConnection>
@@ -6,11 +6,15 @@
 #include <QObject>
 
 #include <functional>
+#include <limits>
 
 namespace kelmio {
 
-/// Hands each signal that it was subscribed to on. Lives on the user interface thread and hears nothing once it is
-/// gone.
+/// The toolkit's value, in milliseconds, for a reply that may take forever.
+inline constexpr int kNoTimeLimit = std::numeric_limits<int>::max();
+
+/// Hands each signal that it was subscribed to on, for classes that are no objects of the toolkit. Lives on the user
+/// interface thread and hears nothing once it is gone.
 class BusSignals : public QObject {
   Q_OBJECT
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <utility>
 
 #include "qt/command_icons.h"
@@ -57,7 +56,6 @@ constexpr uchar kCritical = 2;
 constexpr int kServiceDecides = -1;
 constexpr int kStands = 0;
 
-constexpr int kNoTimeLimit = std::numeric_limits<int>::max(); // the toolkit's value for a reply that may take forever
 constexpr std::size_t kMostEntries = 16;
 constexpr int kLongestLine = 200; // characters
 constexpr int kPictureSide = 96;  // pixels

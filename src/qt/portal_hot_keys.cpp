@@ -7,7 +7,6 @@
 #include <QGuiApplication>
 #include <QRandomGenerator>
 
-#include <limits>
 #include <utility>
 
 #include "qt/key_codes.h"
@@ -54,8 +53,6 @@ constexpr const char* kConnection = "kelmio-hot-keys";
 
 constexpr const char* kShortcutName = "show-window";
 constexpr const char* kDescription = "Show Kelmio";
-
-constexpr int kNoTimeLimit = std::numeric_limits<int>::max(); // the toolkit's value for a reply that may take forever
 
 QDBusMessage CallOf(const char* path, const char* interface, const char* method, const QVariantList& arguments) {
   QDBusMessage message = QDBusMessage::createMethodCall(kService, path, interface, method);

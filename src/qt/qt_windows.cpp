@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -19,34 +20,10 @@ namespace kelmio {
 
 namespace {
 
-/// Ends the loop with the window, and tells the form of the Esc key.
-class ModalWatch : public QObject {
+/// Tells the form of the Esc key, and `hidden` once the window has hidden itself. Goes with the window.
+class WindowWatch : public QObject {
 public:
-  ModalWatch(QWidget& window, Form& form, QEventLoop& loop) : form_(form), loop_(loop) {
-    window.installEventFilter(this);
-    connect(&window, &QObject::destroyed, this, [this] { loop_.quit(); });
-  }
-
-protected:
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::Hide && !event->spontaneous())
-      loop_.quit();
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-      RunHandler([this] { form_.EscapePressed(); });
-      return true;
-    }
-    return QObject::eventFilter(watched, event);
-  }
-
-private:
-  Form& form_;
-  QEventLoop& loop_;
-};
-
-/// Tells the form of the Esc key, and once the window has hidden itself.
-class BesideWatch : public QObject {
-public:
-  BesideWatch(QWidget& window, Form& form, std::function<void()> hidden)
+  WindowWatch(QWidget& window, Form& form, std::function<void()> hidden)
       : QObject(&window), form_(form), hidden_(std::move(hidden)) {
     window.installEventFilter(this);
   }
@@ -117,7 +94,8 @@ void QtWindows::ShowModal(Form& form, Form* owner) {
     TakeLayoutSize(*window, form);
 
   QEventLoop loop;
-  const ModalWatch watch(*window, form, loop);
+  new WindowWatch(*window, form, [&loop] { loop.quit(); });
+  QObject::connect(window.data(), &QObject::destroyed, &loop, [&loop] { loop.quit(); });
   form.Visible = true;
   // Behind the refresh that shows the window, for a form that has changed its mind by then.
   QMetaObject::invokeMethod(
@@ -160,7 +138,7 @@ void QtWindows::Show(std::shared_ptr<Form> form, Activation activation) {
   else
     TakeLayoutSize(window, *form);
   const Form* key = form.get();
-  new BesideWatch(window, *form, [this, key, context = &window] {
+  new WindowWatch(window, *form, [this, key, context = &window] {
     QMetaObject::invokeMethod(
         context, [this, key] { Drop(key); }, Qt::QueuedConnection);
   });
