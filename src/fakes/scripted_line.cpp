@@ -60,6 +60,10 @@ void ScriptedCall::FarEndHangsUp() {
   End();
 }
 
+void ScriptedLine::TellStatus() {
+  Report([](LineEvents& events) { events.StatusChanged(); });
+}
+
 LineCaps ScriptedLine::Caps() const {
   LineCaps caps;
   caps.line_name = "Scripted line " + std::to_string(device_id_);

@@ -72,6 +72,12 @@ public:
 
   /// Another program has the device.
   bool taken = false;
+  LineStatus status;
+  LineStatus Status() const override { return status; }
+  /// `status` has been changed.
+  void TellStatus();
+  /// What the driver's `Watch` was given.
+  std::function<void()> lines_changed;
   /// The telephone set behind the line.
   std::optional<PhoneCaps> phone;
 
@@ -93,6 +99,11 @@ class ScriptedDriver : public LineDriver {
 public:
   explicit ScriptedDriver(std::vector<std::shared_ptr<ScriptedLine>> lines) : lines_(std::move(lines)) {}
   std::vector<std::shared_ptr<LineDevice>> Lines() override { return {lines_.begin(), lines_.end()}; }
+  /// Every line tells of its coming and going alike, so that a test needs no hold of the driver.
+  void Watch(std::function<void()> changed) override {
+    for (const auto& line : lines_)
+      line->lines_changed = changed;
+  }
 
 private:
   std::vector<std::shared_ptr<ScriptedLine>> lines_;

@@ -57,6 +57,7 @@ frmMain::frmMain(const House& house)
   };
   calls_.Listen(mTAPIEx);
   mTAPIEx.OnLogText = [this](const std::string& text) { Output.OnLogText(text); };
+  mTAPIEx.OnLinesChanged = [this] { system_.LinesChanged(); };
 
   ListenToTray();
 }

@@ -64,6 +64,11 @@ void SystemControl::AutoDetectCommDevice() {
   SaveSetting(settings_, registry_, "CommDeviceID");
 }
 
+void SystemControl::LinesChanged() {
+  if (settings_.SystemStatus == 1 && context_.CurrentLine == nullptr)
+    StartSystem();
+}
+
 void SystemControl::CloseLine() {
   if (context_.CurrentLine != nullptr && context_.CurrentLine->IsOpen())
     context_.CurrentLine->Close();

@@ -24,6 +24,8 @@ public:
   /// Chooses the first voice modem, or else the first voice line, and saves its number. Nothing changes when
   /// there is neither.
   void AutoDetectCommDevice();
+  /// Opens the chosen line when the system is on without one: its device may have come back.
+  void LinesChanged();
 
 private:
   void CloseLine();

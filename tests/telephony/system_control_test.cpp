@@ -38,6 +38,14 @@ TEST(SystemControl, TellsThatADeviceCantBeOpened) {
   EXPECT_EQ(desk.form.Context.CurrentLine, nullptr);
   EXPECT_THAT(desk.form.Output.txtOutput.Text.Get(), ::testing::HasSubstr("is in use"));
 
+  // The other program lets go of it.
+  desk.line->taken = false;
+  desk.line->lines_changed();
+  EXPECT_EQ(desk.Panel(1), "Waiting for a call");
+  const auto line = desk.form.Context.CurrentLine;
+  desk.line->lines_changed();
+  EXPECT_EQ(desk.form.Context.CurrentLine, line) << "an open line is left alone";
+
   Desk gone;
   gone.Store("CommDeviceID", "77");
   gone.Start();

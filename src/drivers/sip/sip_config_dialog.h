@@ -38,7 +38,19 @@ public:
   /// has the port, and asks there for an answer. Whole sentences. Nothing changes.
   virtual std::string Test(const SipSettings& settings) = 0;
 
-  /// Runs when settings that waited have been taken over or refused. An empty function ends it.
+  /// Asks the registrar of `settings.account` whether it takes the account; `told` hears what came of it, in whole
+  /// sentences, within half a minute and from a closure of its own. Nothing changes, and calls go on. An empty
+  /// function ends the trial.
+  virtual void TryAccount(const SipSettings& settings, std::function<void(std::string words)> told) {
+    static_cast<void>(settings);
+    static_cast<void>(told);
+  }
+
+  /// Forgets the account, its password too. The line is gone from the list, or stays for another account.
+  virtual SipTakeOver RemoveAccount() { return {}; }
+
+  /// Runs when settings that waited have been taken over or refused, and when the state has changed. An empty function
+  /// ends it.
   virtual void Watch(std::function<void()> changed) = 0;
 };
 

@@ -46,7 +46,40 @@ enum class SipAllow { Everyone, Network };
 inline constexpr std::chrono::milliseconds kShortestRingPeriod{20};
 inline constexpr std::chrono::milliseconds kLongestRingPeriod{60'000};
 
+/// How the way to the registrar is found and protected.
+enum class SipTransport : std::uint8_t {
+  Automatic, // TLS where the provider's DNS offers it (RFC 3263), else UDP
+  Udp,
+  Tcp,
+  Tls,
+};
+
+/// Whether the sound is encrypted.
+enum class SipEncryption : std::uint8_t {
+  Preferred, // offered, and taken when the other side offers it
+  Required,  // calls without it are refused
+  Off,
+};
+
+/// An account with a provider or a router. The password stands in a file of its own that only the user can read.
+struct SipAccount {
+  std::string server;    // name or numeric address of the registrar, with ":port" when it isn't found by itself
+  std::string user;      // the name or number of the account, as it stands before the @
+  std::string auth_user; // the name for the password; empty: `user`
+  std::string password;
+  std::string proxy;        // host and port that every request goes through; empty: the server itself
+  std::string display_name; // what others are shown; may be empty
+  SipTransport transport = SipTransport::Automatic;
+  std::string authority; // path of a PEM file with the authority that certifies the server; empty: the system's
+  SipEncryption encryption = SipEncryption::Preferred;
+  std::string stun_server;           // host and port; empty: none is asked
+  bool ice = true;                   // look for a direct way through routers, where the other side does too
+  std::chrono::seconds expires{600}; // of a registration
+  bool operator==(const SipAccount&) const = default;
+};
+
 struct SipSettings {
+  std::optional<SipAccount> account; // nothing: a line for direct calls
   ListenAddress listen;
   SipAllow allow = SipAllow::Everyone;
   std::chrono::milliseconds ring_period{6000}; // between two counted rings

@@ -79,6 +79,10 @@ public:
   /// The tone's strongest frequency in hertz.
   std::function<void(const CallRef&, long)> OnTone = [](const CallRef&, long) {};
   std::function<void(const CallRef&)> OnEndCall = [](const CallRef&) {};
+  /// How a line stands that this instance has open.
+  std::function<void(const LineStatus&)> OnLineStatus = [](const LineStatus&) {};
+  /// A line has come or gone, or one that couldn't be opened may be opened now.
+  std::function<void()> OnLinesChanged = [] {};
 
 private:
   std::shared_ptr<TAPILine> MakeLine(const std::shared_ptr<SharedLine>& shared);

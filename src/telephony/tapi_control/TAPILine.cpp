@@ -27,6 +27,10 @@ std::optional<PhoneCaps> TAPILine::Phone() const {
   return shared_->Device().Caps().phone;
 }
 
+LineStatus TAPILine::Status() const {
+  return shared_->Device().Status();
+}
+
 bool TAPILine::Open() {
   if (!open_ && control_ != nullptr)
     open_ = shared_->Open(*this);

@@ -42,6 +42,9 @@ public:
   /// The telephone set behind the line, where there is one.
   std::optional<PhoneCaps> Phone() const;
 
+  /// How the line stands now.
+  LineStatus Status() const;
+
   bool IsOpen() const { return open_; }
   /// False when the device can't be used; nothing is raised then. Opening an open line gives True.
   bool Open();

@@ -1,7 +1,9 @@
 // What a driver implements to bring lines into the house: signalling, and the sound of a call as samples.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -69,6 +71,23 @@ struct LineCaps {
   std::optional<PhoneCaps> phone; // nothing when the line has no telephone set
 };
 
+/// How a line stands, for the user to read.
+struct LineStatus {
+  enum class Health : std::uint8_t {
+    Off,     // not open
+    Trying,  // on its way: registering, or looking for its device
+    Ready,   // calls can come
+    Trouble, // calls can't come, and the line goes on trying
+  };
+  Health health = Health::Off;
+  std::string words; // one sentence such as "Registered with sip.example.org as 4711, encrypted."; empty when there is
+                     // nothing to tell
+  std::chrono::system_clock::time_point since{}; // of this health
+  std::optional<std::chrono::system_clock::time_point>
+      last_call{}; // the start of the last one, since the program began
+  bool operator==(const LineStatus&) const = default;
+};
+
 /// The far end of a driver's sound: takes what the line hears and gives what the line is to say.
 /// Both are called on one thread of the driver, never on the user interface thread, in frames of 10 to 60
 /// milliseconds. They do not block, allocate little and never throw. `rate` is samples per second of this
@@ -120,6 +139,8 @@ public:
   virtual void Disconnected(DeviceCall& call) = 0;
   /// A plain word for the status pane.
   virtual void Log(const std::string& text) = 0;
+  /// `LineDevice::Status` gives something else from now on. Drivers put what a user should know into the log too.
+  virtual void StatusChanged() {}
 };
 
 /// One line of a driver. User interface thread only.
@@ -139,6 +160,8 @@ public:
   virtual std::shared_ptr<DeviceCall> MakeCall(const std::string& number) = 0;
   /// Opens the driver's own configuration dialog, where it has one.
   virtual void Configure() {}
+  /// How the line stands now.
+  virtual LineStatus Status() const { return {}; }
 };
 
 /// A family of lines.
@@ -147,6 +170,9 @@ public:
   virtual ~LineDriver() = default;
   /// The lines that are there now, in a stable order.
   virtual std::vector<std::shared_ptr<LineDevice>> Lines() = 0;
+  /// `changed` runs on the user interface thread, from a closure of its own, when `Lines` gives others than before or a
+  /// line that couldn't be opened may be opened now. An empty function ends it.
+  virtual void Watch(std::function<void()> changed) { static_cast<void>(changed); }
 };
 
 } // namespace kelmio

@@ -10,6 +10,7 @@ namespace kelmio {
 LineService::~LineService() = default;
 
 void LineService::AddDriver(std::unique_ptr<LineDriver> driver) {
+  driver->Watch([this] { Tell(instances_, [](TAPIExCtl& instance) { instance.OnLinesChanged(); }); });
   drivers_.push_back(std::move(driver));
 }
 

@@ -139,4 +139,9 @@ void SharedLine::Log(const std::string& text) {
   service_.Log(text);
 }
 
+void SharedLine::StatusChanged() {
+  const LineStatus status = device_->Status();
+  Tell([&](TAPIExCtl& control) { control.OnLineStatus(status); });
+}
+
 } // namespace kelmio

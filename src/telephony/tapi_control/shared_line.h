@@ -51,6 +51,7 @@ private:
   void Digit(DeviceCall& call, char digit) override;
   void Disconnected(DeviceCall& call) override;
   void Log(const std::string& text) override;
+  void StatusChanged() override;
 
   std::shared_ptr<TAPICall> CallOf(const DeviceCall& device) const;
   void EndNow(const std::shared_ptr<TAPICall>& call, const std::vector<TAPIExCtl*>& audience);
