@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+// The headers of spandsp name fixed-width types without bringing them in.
+#include <cstdint>
 
-#include "drivers/voice_modem/g711.h"
+#include <spandsp/telephony.h>
+
+#include <spandsp/bit_operations.h>
+#include <spandsp/g711.h>
 
 namespace kelmio {
 namespace {
@@ -161,10 +166,10 @@ void EncodeVoice(const VoiceFormat& format, std::span<const std::int16_t> sample
       break;
     }
     case VoiceCoding::MuLaw:
-      bytes.push_back(static_cast<char>(ToMuLaw(sample)));
+      bytes.push_back(static_cast<char>(linear_to_ulaw(sample)));
       break;
     case VoiceCoding::ALaw:
-      bytes.push_back(static_cast<char>(ToALaw(sample)));
+      bytes.push_back(static_cast<char>(linear_to_alaw(sample)));
       break;
     case VoiceCoding::Linear16: {
       const auto word = static_cast<unsigned>(format.is_signed ? sample : sample + kMiddle16);
@@ -187,10 +192,10 @@ std::size_t DecodeVoice(const VoiceFormat& format, std::string_view bytes, std::
           static_cast<std::int16_t>((format.is_signed ? static_cast<std::int8_t>(byte) : byte - kMiddle8) * 256));
       break;
     case VoiceCoding::MuLaw:
-      samples.push_back(FromMuLaw(byte));
+      samples.push_back(ulaw_to_linear(byte));
       break;
     case VoiceCoding::ALaw:
-      samples.push_back(FromALaw(byte));
+      samples.push_back(alaw_to_linear(byte));
       break;
     case VoiceCoding::Linear16: {
       const int word = byte | (static_cast<std::uint8_t>(bytes[at + 1]) << 8);
