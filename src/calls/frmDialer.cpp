@@ -5,6 +5,7 @@
 
 #include "calls/modToneBox.h"
 #include "calls/numeric_text.h"
+#include "controls/utf8.h"
 #include "core/mGeneral.h"
 #include "core/text.h"
 
@@ -182,11 +183,7 @@ void frmDialer::PlayKeyTone(std::int16_t KeyNumber) {
 
 void frmDialer::cmdDelete_Click() {
   std::string number(Trimmed(txtPhoneNumber.Text.Get()));
-  // A whole character, of however many bytes.
-  while (!number.empty() && (static_cast<unsigned char>(number.back()) & 0xC0U) == 0x80U)
-    number.pop_back();
-  if (!number.empty())
-    number.pop_back();
+  RemoveLastCharacter(number);
   txtPhoneNumber.Text = number;
   txtPhoneNumber.SelStart = number.size();
 }

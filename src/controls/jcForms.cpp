@@ -6,6 +6,7 @@
 
 #include "controls/picture_box.h"
 #include "controls/ucSlider.h"
+#include "controls/utf8.h"
 
 namespace kelmio {
 
@@ -339,11 +340,7 @@ std::string jcForms::TrimWord(const std::string& text, int width,
   constexpr const char* kCut = "...";
   std::string kept = text;
   while (!kept.empty()) {
-    // A whole character of UTF-8, of however many bytes.
-    while (!kept.empty() && (static_cast<unsigned char>(kept.back()) & 0xC0U) == 0x80U)
-      kept.pop_back();
-    if (!kept.empty())
-      kept.pop_back();
+    RemoveLastCharacter(kept);
     if (measure(kept + kCut) <= width)
       return kept + kCut;
   }

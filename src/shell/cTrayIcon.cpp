@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "controls/utf8.h"
 #include "core/text.h"
 #include "shell/raise.h"
 
@@ -26,10 +27,9 @@ constexpr bool IsBetween(std::uint32_t message, std::uint32_t first, std::uint32
 std::string CutTo(const std::string& text, std::size_t characters) {
   if (!IsValidUtf8(text))
     return text.substr(0, characters);
-  const auto begins_character = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
   std::size_t count = 0;
   for (std::size_t at = 0; at < text.size(); ++at)
-    if (begins_character(text[at]) && count++ == characters)
+    if (BeginsCharacter(text[at]) && count++ == characters)
       return text.substr(0, at);
   return text;
 }
