@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/text.h"
+#include "drivers/shown_text.h"
 
 namespace kelmio {
 namespace {
@@ -102,39 +103,19 @@ std::optional<std::string> MessageOf(std::string_view line) {
   return message;
 }
 
-void AppendLatin1(std::string& text, unsigned char letter) {
-  text.push_back(static_cast<char>(0xC0 | (letter >> 6)));
-  text.push_back(static_cast<char>(0x80 | (letter & 0x3F)));
-}
-
-/// Letters beyond ASCII come as Latin-1 from most lines, as UTF-8 from some.
-std::string ShownText(std::string_view raw) {
-  const bool utf8 = IsValidUtf8(raw);
-  std::string text;
-  for (const char byte : raw) {
-    const auto letter = static_cast<unsigned char>(byte);
-    if (letter < 0x20 || letter == 0x7F)
-      continue;
-    // What follows would be cut; a letter of several bytes is not cut in its middle.
-    if (text.size() >= kLongestText && (!utf8 || (letter & 0xC0) != 0x80))
-      break;
-    if (letter < 0x80 || utf8)
-      text.push_back(byte);
-    else if (letter >= 0xA0) // below are the control characters of Latin-1
-      AppendLatin1(text, letter);
-  }
-  const std::string_view shown = Trimmed(text, kBlank);
-  const std::string word = AsciiUpper(shown);
-  if (std::find(kNotTold.begin(), kNotTold.end(), word) != kNotTold.end())
+/// Nothing when it says that there is nothing to tell.
+std::string ToldText(std::string_view raw) {
+  std::string text = ShownText(raw, kLongestText);
+  if (std::find(kNotTold.begin(), kNotTold.end(), AsciiUpper(text)) != kNotTold.end())
     return {};
-  return std::string(shown);
+  return text;
 }
 
 /// Of several values the first that tells something counts.
 void TakeFirst(std::string& kept, bool& has, std::string_view value) {
   has = true;
   if (kept.empty())
-    kept = ShownText(value);
+    kept = ToldText(value);
 }
 
 } // namespace
@@ -168,7 +149,7 @@ void CallerIdReport::AddHex(const std::string& message) {
   std::size_t at = 2;
   if (Byte(message, 0) == kSingleFormat) {
     if (end > at + kSingleFormatDate)
-      number_ = ShownText(std::string_view(message).substr(at + kSingleFormatDate, end - at - kSingleFormatDate));
+      number_ = ToldText(std::string_view(message).substr(at + kSingleFormatDate, end - at - kSingleFormatDate));
     return;
   }
   while (at + 2 <= end) {
@@ -176,9 +157,9 @@ void CallerIdReport::AddHex(const std::string& message) {
     const std::size_t length = std::min<std::size_t>(Byte(message, at + 1), end - at - 2);
     const std::string_view value = std::string_view(message).substr(at + 2, length);
     if (type == kParameterNumber)
-      number_ = ShownText(value);
+      number_ = ToldText(value);
     else if (type == kParameterName)
-      name_ = ShownText(value);
+      name_ = ToldText(value);
     else if (type == kParameterNoNumber)
       number_.clear();
     else if (type == kParameterNoName)
