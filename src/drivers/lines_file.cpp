@@ -55,6 +55,14 @@ void LinesFile::EnsureSection(std::string_view section, std::string_view text) {
   }
 }
 
+std::vector<std::string> LinesFile::Sections(std::string_view prefix) const {
+  std::vector<std::string> names = mIni::IniSectionNames(path_);
+  std::erase_if(names, [&](const std::string& name) {
+    return name.size() < prefix.size() || !EqualNames(name.substr(0, prefix.size()), prefix);
+  });
+  return names;
+}
+
 std::string LinesFile::Read(std::string_view section, std::string_view key) const {
   return mIni::IniRead(section, key, path_);
 }

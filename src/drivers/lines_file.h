@@ -22,6 +22,9 @@ public:
   /// section of this name. A section that is there is never touched.
   void EnsureSection(std::string_view section, std::string_view text);
 
+  /// The names of the sections that begin with `prefix`, in the order of the file.
+  std::vector<std::string> Sections(std::string_view prefix) const;
+
   /// The value, empty when there is none.
   std::string Read(std::string_view section, std::string_view key) const;
 

@@ -48,6 +48,11 @@ void CallPort::ToSend(std::span<std::int16_t> samples, int rate) noexcept {
   ListenToMissing(samples.size(), rate);
 }
 
+bool CallPort::Speaks() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return player_ || handset_;
+}
+
 void CallPort::Listen(std::span<const std::int16_t> samples, int rate) {
   to_watch_rate_.Put(samples, rate, [this](std::span<const std::int16_t> converted) { watch_.Process(converted); });
 }

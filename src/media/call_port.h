@@ -26,6 +26,7 @@ public:
   // Sound thread.
   void Received(std::span<const std::int16_t> samples, int rate) noexcept override;
   void ToSend(std::span<std::int16_t> samples, int rate) noexcept override;
+  bool Speaks() const noexcept override;
 
   // User interface thread. `play` and `watch` are the numbers that reports bear (see `ReportTarget`).
   void SetPlayer(std::shared_ptr<WavePlayer> player, std::uint64_t play);
@@ -53,7 +54,7 @@ private:
 
   const Reporter reporter_;
 
-  std::mutex mutex_; // guards everything below
+  mutable std::mutex mutex_; // guards everything below
   bool detached_ = false;
   std::shared_ptr<WavePlayer> player_;       // null once it has played to its end
   std::shared_ptr<WavePlayer> ended_player_; // kept, so that the sound thread frees nothing

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/modem_rig.h"
 #include "contract/scripted_rig.h"
 #include "contract/sip_rig.h"
 #include "fakes/fake_call_sound.h"
@@ -146,7 +147,8 @@ TEST_P(LineContract, SaysWhatItIs) {
 
 INSTANTIATE_TEST_SUITE_P(Lines, LineContract,
                          ::testing::Values(RigMaker{"Scripted", [] { return std::make_unique<ScriptedRig>(); }},
-                                           RigMaker{"Sip", [] { return std::make_unique<SipRig>(); }}),
+                                           RigMaker{"Sip", [] { return std::make_unique<SipRig>(); }},
+                                           RigMaker{"Modem", [] { return std::make_unique<ModemRig>(); }}),
                          [](const auto& rig) { return rig.param.name; });
 
 } // namespace

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
+
+#include "drivers/lines_file.h"
 
 namespace kelmio {
 
@@ -28,6 +29,13 @@ struct ModemSettings {
   std::vector<std::string> notes;
   bool operator==(const ModemSettings&) const = default;
 };
+
+/// Reads the section of one modem. A value that makes no sense falls back to its default, with a note. `device_id` is
+/// the number of the line `section`.
+ModemSettings ReadModemSettings(LinesFile& file, const std::string& section);
+
+/// Makes the section if need be, and writes what a user can choose. False when the file can't be written.
+bool WriteModemSettings(LinesFile& file, const std::string& section, const ModemSettings& settings);
 
 /// The countries whose tones and modem settings are known.
 struct ModemCountry {

@@ -50,6 +50,10 @@ std::optional<FinalCode> FinalOf(std::string_view line) {
   return found->second;
 }
 
+bool IsConnect(std::string_view line) {
+  return FinalOf(Trimmed(line, kBlanks)) == FinalCode::Connect;
+}
+
 /// RING, RING A to E, RING 1 to 5, and RING;from;to.
 bool IsRing(std::string_view line) {
   constexpr std::string_view kRing = "RING";
@@ -88,6 +92,7 @@ ModemReply ReplyOf(std::string_view line) {
 void ReplyParser::Reset() {
   line_.clear();
   outside_packet_.clear();
+  in_packet_ = false;
   after_dle_ = false;
   connecting_ = false;
 }
@@ -106,10 +111,14 @@ void ReplyParser::EndLine(const Sink& sink) {
 }
 
 void ReplyParser::TakeCode(char code, const Sink& sink) {
-  if (code == kPacketBegin) {
+  if (code == kPacketBegin && !in_packet_) {
+    in_packet_ = true;
     outside_packet_ = std::exchange(line_, {});
-  } else if (code == kPacketEnd) {
-    EndLine(sink);
+  } else if (code == kPacketEnd && in_packet_) {
+    in_packet_ = false;
+    // The last line of a packet may lack its end. CONNECT can't: where its line ends the samples begin.
+    if (!IsConnect(line_))
+      EndLine(sink);
     line_ = std::exchange(outside_packet_, {});
   }
   ModemReply reply;
@@ -138,7 +147,7 @@ std::size_t ReplyParser::Push(std::string_view bytes, const Sink& sink) {
     } else if (byte == kDle) {
       after_dle_ = true;
     } else if (byte == '\r' || byte == '\n') {
-      const bool connect = FinalOf(Trimmed(line_, kBlanks)) == FinalCode::Connect;
+      const bool connect = IsConnect(line_);
       connecting_ = connect && byte == '\r';
       if (connecting_)
         continue;

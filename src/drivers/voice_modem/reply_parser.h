@@ -65,6 +65,7 @@ private:
   std::string line_;
   std::string outside_packet_; // the half line that a packet broke into
   std::string echo_;
+  bool in_packet_ = false;
   bool after_dle_ = false;
   bool connecting_ = false; // CONNECT's line has had its CR
 };

@@ -98,6 +98,8 @@ public:
   virtual void Received(std::span<const std::int16_t> samples, int rate) noexcept = 0;
   /// Fills the whole frame; silence where there is nothing to say.
   virtual void ToSend(std::span<std::int16_t> samples, int rate) noexcept = 0;
+  /// Whether `ToSend` would give more than silence now. For a line that can only speak or listen.
+  virtual bool Speaks() const noexcept { return true; }
 };
 
 /// One call of a driver. All calls come from the user interface thread. An operation on a call that has

@@ -1,0 +1,133 @@
+#include "drivers/voice_modem/modem_finder.h"
+
+#include <poll.h>
+
+#include <array>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "drivers/voice_modem/serial_port.h"
+
+namespace kelmio {
+namespace {
+
+// A device that has come gets its name and its rights a moment later.
+constexpr std::chrono::milliseconds kSettle{300};
+
+/// The name under `serial/by-id` that leads to `device`; nothing for a device without a serial number.
+std::filesystem::path NameBySerial(const std::string& folder, const std::string& device) {
+  std::error_code error;
+  const auto real = std::filesystem::canonical(device, error);
+  const auto names = std::filesystem::path(folder) / "serial" / "by-id";
+  for (std::filesystem::directory_iterator entry(names, error), end; !error && entry != end; entry.increment(error)) {
+    std::error_code dangling;
+    if (std::filesystem::canonical(entry->path(), dangling) == real && !dangling)
+      return entry->path();
+  }
+  return {};
+}
+
+} // namespace
+
+ModemFinder::ModemFinder(Options options, std::function<void()> news)
+    : options_(std::move(options)), news_(std::move(news)), clock_(options_.speed), watch_(options_.folder),
+      asked_(options_.known), thread_([this] { Run(); }) {}
+
+ModemFinder::~ModemFinder() {
+  {
+    const std::lock_guard lock(mutex_);
+    quit_ = true;
+  }
+  wake_.Wake();
+  thread_.join();
+}
+
+std::vector<FoundModem> ModemFinder::Take() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(found_, {});
+}
+
+void ModemFinder::WaitForFirst(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  first_done_.wait_for(lock, limit, [this] { return !first_; });
+}
+
+std::vector<FoundModem> ModemFinder::Devices() const {
+  std::vector<FoundModem> modems;
+  for (const std::string& device : watch_.Devices()) {
+    const auto by_serial = NameBySerial(options_.folder, device);
+    const std::filesystem::path port = by_serial.empty() ? std::filesystem::path(device) : by_serial;
+    modems.push_back({.name = port.filename().string(), .port = port.string(), .model = {}, .trouble = {}});
+  }
+  return modems;
+}
+
+// --- the finder's thread
+
+void ModemFinder::Run() {
+  AskNewOnes();
+  {
+    const std::lock_guard lock(mutex_);
+    first_ = false;
+  }
+  first_done_.notify_all();
+  for (;;) {
+    std::array<pollfd, 2> waited{pollfd{watch_.Descriptor(), POLLIN, 0}, pollfd{wake_.Descriptor(), POLLIN, 0}};
+    if (::poll(waited.data(), waited.size(), -1) < 0)
+      continue;
+    {
+      const std::lock_guard lock(mutex_);
+      if (quit_)
+        return;
+    }
+    if (!watch_.Changed())
+      continue;
+    pollfd quit{wake_.Descriptor(), POLLIN, 0};
+    ::poll(&quit, 1, static_cast<int>(kSettle.count()));
+    watch_.Changed();
+    AskNewOnes();
+    news_();
+  }
+}
+
+void ModemFinder::AskNewOnes() {
+  for (FoundModem& device : Devices()) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (quit_)
+        return;
+    }
+    if (asked_.contains(device.name))
+      continue;
+    FoundModem modem = Ask(std::move(device));
+    // One that is unplugged while it is asked, or that nobody may ask, gets another chance.
+    if (modem.trouble.empty())
+      asked_.insert(modem.name);
+    {
+      const std::lock_guard lock(mutex_);
+      found_.push_back(std::move(modem));
+    }
+    news_();
+  }
+}
+
+FoundModem ModemFinder::Ask(FoundModem modem) {
+  PortResult port = OpenSerialPort(modem.port, options_.lock_folder);
+  if (!port.port) {
+    modem.trouble = port.text;
+    return modem;
+  }
+  ModemLink link(std::move(port.port), clock_, wake_, {[](const ModemReply&) {}, [](std::string_view) {}, {}});
+  const ModemIdentity identity = IdentifyModem(link, clock_);
+  modem.model = identity.model;
+  // A modem whose sound can't be used is none that could answer.
+  modem.kind = identity.kind == ModemKind::Voice && !identity.format ? ModemKind::Data : identity.kind;
+  if (link.Gone())
+    modem.trouble = "It was unplugged";
+  else if (identity.kind != ModemKind::Silent)
+    link.Command("ATZ", ModemClock::Seconds(1));
+  return modem;
+}
+
+} // namespace kelmio

@@ -1,0 +1,74 @@
+// Finds the modems that are plugged in and asks each of them once what it is.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "drivers/voice_modem/device_watch.h"
+#include "drivers/voice_modem/modem_identity.h"
+#include "drivers/voice_modem/modem_link.h"
+
+namespace kelmio {
+
+/// A device that is or may be a modem.
+struct FoundModem {
+  std::string name; // stays the same wherever it is plugged in, where the device has a serial number
+  std::string port; // what to open
+  ModemKind kind = ModemKind::Silent;
+  std::string model;   // in words; may be empty
+  std::string trouble; // why it could not be asked; it will be, once that is over
+};
+
+/// A device that is opened may do something about it, so that whoever was asked once is never asked again: the owner
+/// keeps what was found. Ports that stand on the board are not looked at. The public functions belong to the owner's
+/// thread.
+class ModemFinder {
+public:
+  struct Options {
+    std::string folder = "/dev";
+    std::string lock_folder;
+    double speed = 1;              // see `ModemSession::Options`
+    std::set<std::string> known{}; // names of modems that need not be asked
+  };
+
+  /// `news` runs on a thread of the finder's: devices came, went, got other rights, or one was asked.
+  ModemFinder(Options options, std::function<void()> news);
+  ~ModemFinder();
+  ModemFinder(const ModemFinder&) = delete;
+  ModemFinder& operator=(const ModemFinder&) = delete;
+
+  /// What was found out since the last call.
+  std::vector<FoundModem> Take();
+
+  /// Waits until the devices that were there at the start have been asked, at most for `limit`.
+  void WaitForFirst(std::chrono::milliseconds limit);
+
+  /// The devices that are there now, without asking them.
+  std::vector<FoundModem> Devices() const;
+
+private:
+  void Run();
+  void AskNewOnes();
+  FoundModem Ask(FoundModem modem);
+
+  const Options options_;
+  const std::function<void()> news_;
+  const ModemClock clock_;
+  ModemWake wake_;
+  DeviceWatch watch_;           // its queue is the finder's thread's
+  std::set<std::string> asked_; // finder's thread
+  mutable std::mutex mutex_;
+  std::condition_variable first_done_;
+  // Guarded by `mutex_`.
+  std::vector<FoundModem> found_;
+  bool first_ = true;
+  bool quit_ = false;
+  std::thread thread_;
+};
+
+} // namespace kelmio

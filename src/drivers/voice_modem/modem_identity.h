@@ -1,0 +1,33 @@
+// What a modem is and how it wants to be spoken to, by its own words.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "drivers/voice_modem/modem_link.h"
+#include "drivers/voice_modem/voice_formats.h"
+
+namespace kelmio {
+
+enum class ModemKind : std::uint8_t {
+  Silent, // no answer to any command: no modem, or one that is stuck
+  Data,   // no voice class
+  Voice,
+};
+
+struct ModemIdentity {
+  ModemKind kind = ModemKind::Silent;
+  std::string model;                 // in words; may be empty
+  std::optional<VoiceFormat> format; // of a voice modem; nothing when it has none that this program can use
+  int line_device = 1;               // +VLS for the line alone
+  int joined_device = 3;             // +VLS for the line with the telephone beside the modem
+};
+
+/// Resets the modem and asks it. Takes some two seconds; rings that come meanwhile go to the link's sinks.
+ModemIdentity IdentifyModem(ModemLink& link, const ModemClock& clock);
+
+/// Enters the voice class, which some units refuse once.
+bool EnterVoiceClass(ModemLink& link, const ModemClock& clock);
+
+} // namespace kelmio
