@@ -82,7 +82,9 @@ int SdpNegotiation::Read(const sip_msg& message, bool offer) {
   const list* formats = sdp_media_format_lst(audio_, false);
   for (const le* element = list_head(formats); element; element = element->next) {
     const auto& format = *static_cast<const sdp_format*>(element->data);
-    if (!format.sup || format.pt < 0 || format.pt >= static_cast<int>(terms.receives.size()))
+    // Of a payload type that is given twice the first counts.
+    if (!format.sup || format.pt < 0 || format.pt >= static_cast<int>(terms.receives.size()) ||
+        format.pt == terms.event_type || terms.CodingOf(format.pt))
       continue;
     if (format.name && str_casecmp(format.name, kTelephoneEvent) == 0) {
       terms.event_type = format.pt;
