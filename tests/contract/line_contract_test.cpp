@@ -6,6 +6,7 @@
 
 #include "contract/modem_rig.h"
 #include "contract/scripted_rig.h"
+#include "contract/sip_account_rig.h"
 #include "contract/sip_rig.h"
 #include "fakes/fake_call_sound.h"
 #include "support/temporary_folder.h"
@@ -148,6 +149,7 @@ TEST_P(LineContract, SaysWhatItIs) {
 INSTANTIATE_TEST_SUITE_P(Lines, LineContract,
                          ::testing::Values(RigMaker{"Scripted", [] { return std::make_unique<ScriptedRig>(); }},
                                            RigMaker{"Sip", [] { return std::make_unique<SipRig>(); }},
+                                           RigMaker{"SipAccount", [] { return std::make_unique<SipAccountRig>(); }},
                                            RigMaker{"Modem", [] { return std::make_unique<ModemRig>(); }}),
                          [](const auto& rig) { return rig.param.name; });
 

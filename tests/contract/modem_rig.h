@@ -14,12 +14,16 @@ class ModemRig : public LineRig {
 public:
   EventLoop& Loop() override { return loop_; }
   std::unique_ptr<LineDriver> MakeDriver() override {
-    return std::make_unique<VoiceModemDriver>(
+    auto driver = std::make_unique<VoiceModemDriver>(
         loop_, LinesFile(folder_.Path() + "Lines.ini"), nullptr,
         VoiceModemDriver::Options{.folder = folder_.Path(), .lock_folder = folder_.Path(), .speed = kSpeed});
+    line_ = driver->Lines().at(0);
+    return driver;
   }
   bool RunUntil(const std::function<bool()>& done) override { return loop_.RunUntil(done); }
   void FarEndCalls() override {
+    // Who rings while a modem is being set up is heard, but not who he is.
+    EXPECT_TRUE(loop_.RunUntil([&] { return line_->Status().health == LineStatus::Health::Ready; }));
     modem_.WaitFor([&] { return !modem_.OffHook(); });
     modem_.Ring({.number = "5551234", .name = "Jane Sample"});
   }
@@ -38,6 +42,7 @@ private:
   LoopOfTest loop_;
   TemporaryFolder folder_;
   emulated::ModemEmulator modem_{{.link = folder_.Path() + "ttyACM0", .speed = kSpeed}};
+  std::shared_ptr<LineDevice> line_;
   std::unique_ptr<ModemPort> other_;
 };
 

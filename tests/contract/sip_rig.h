@@ -18,6 +18,7 @@ public:
     constexpr int kFirstPort = 20000;
     constexpr int kPorts = 10000;
     settings_.listen.port = static_cast<std::uint16_t>(kFirstPort + ::getpid() % kPorts);
+    Prepare();
     return std::make_unique<SipDriver>(loop_, settings_);
   }
   bool RunUntil(const std::function<bool()>& done) override { return loop_.RunUntil(done); }
@@ -45,6 +46,12 @@ public:
     }
   }
 
+protected:
+  /// Before the line is made, once its port is chosen.
+  virtual void Prepare() {}
+
+  SipSettings settings_;
+
 private:
   class DeafEvents : public LineEvents {
     void NewCall(std::shared_ptr<DeviceCall> /*call*/) override {}
@@ -59,7 +66,6 @@ private:
   };
 
   LoopOfTest loop_;
-  SipSettings settings_;
   std::unique_ptr<SipPeer> peer_;
   bool up_ = false;
   DeafEvents deaf_;

@@ -208,8 +208,9 @@ void ModemSession::Execute(ModemCommand& command) {
   if (command.kind == Kind::Quit) {
     quit_ = true;
   } else if (command.kind == Kind::Dial) {
-    if (call_ || !armed_) {
-      Log(call_ ? "The line is in use" : "The modem is not ready");
+    // A modem that is still being set up dials as soon as it can.
+    if (call_ || !link_) {
+      Log(call_ ? "The line is in use" : "The modem is not there");
       Report({.kind = ModemReport::Kind::Disconnected, .call = command.call});
       return;
     }
