@@ -24,6 +24,23 @@ bool IsHostCharacter(char c) {
   return IsAlphanumeric(c) || OneOf(c, "-._:[];=%");
 }
 
+bool StartsWithScheme(std::string_view text) {
+  constexpr std::string_view kScheme = "sip:";
+  return text.size() > kScheme.size() && std::equal(kScheme.begin(), kScheme.end(), text.begin(), [](char a, char b) {
+           return a == (b >= 'A' && b <= 'Z' ? static_cast<char>(b - 'A' + 'a') : b);
+         });
+}
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && text.front() == ' ')
+    text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ')
+    text.remove_suffix(1);
+  return text;
+}
+
+} // namespace
+
 std::string EscapedUser(std::string_view user) {
   constexpr std::string_view kHex = "0123456789ABCDEF";
   std::string escaped;
@@ -38,20 +55,20 @@ std::string EscapedUser(std::string_view user) {
   return escaped;
 }
 
-bool StartsWithScheme(std::string_view text) {
-  constexpr std::string_view kScheme = "sip:";
-  return text.size() > kScheme.size() && std::equal(kScheme.begin(), kScheme.end(), text.begin(), [](char a, char b) {
-           return a == (b >= 'A' && b <= 'Z' ? static_cast<char>(b - 'A' + 'a') : b);
-         });
+std::string NumberAt(std::string_view number, std::string_view host) {
+  number = Trimmed(number);
+  constexpr std::string_view kDialled = "0123456789+*#";
+  constexpr std::string_view kOnlyRead = " -/.()";
+  const bool is_number =
+      std::all_of(number.begin(), number.end(), [&](char c) { return OneOf(c, kDialled) || OneOf(c, kOnlyRead); });
+  std::string user(number);
+  if (is_number)
+    std::erase_if(user, [&](char c) { return OneOf(c, kOnlyRead); });
+  return "sip:" + EscapedUser(user) + "@" + std::string(host);
 }
 
-} // namespace
-
 DialTarget ParseDialTarget(std::string_view text) {
-  while (!text.empty() && text.front() == ' ')
-    text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ')
-    text.remove_suffix(1);
+  text = Trimmed(text);
   const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
   if (text.empty() || std::any_of(text.begin(), text.end(), is_control))
     return {};

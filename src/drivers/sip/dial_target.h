@@ -20,4 +20,11 @@ struct DialTarget {
 /// that an address can't hold are escaped in the user part and make the rest invalid.
 DialTarget ParseDialTarget(std::string_view text);
 
+/// A plain number or name as an address at the registrar `host` (with its port, if any). Of a number, what only makes
+/// it easier to read is left out; a leading "+" stays.
+std::string NumberAt(std::string_view number, std::string_view host);
+
+/// The text as the user part of an address (RFC 3261 25.1), with escapes where they are needed.
+std::string EscapedUser(std::string_view user);
+
 } // namespace kelmio

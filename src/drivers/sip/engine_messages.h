@@ -26,12 +26,14 @@ struct SipCommand {
 
 /// From the engine to the user interface thread.
 struct SipReport {
-  enum class Kind { NewCall, Ring, CallerID, State, Connected, Busy, Digit, Disconnected, Log };
+  enum class Kind { NewCall, Ring, CallerID, State, Connected, Busy, Digit, Disconnected, Log, Standing };
   Kind kind = Kind::Log;
   SipCallNumber call = 0;
   int count = 0;      // of a ring
   std::string name{}; // of a caller
-  std::string text{}; // number of a caller, or a word for the log
+  std::string text{}; // number of a caller, a word for the log, or how an account stands
+  LineStatus::Health health = LineStatus::Health::Off;
+  std::string reason{}; // of how an account stands, without what changes with each attempt
   CallState state = CallState::Unknown;
   char digit = 0;
 };

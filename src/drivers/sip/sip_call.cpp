@@ -11,12 +11,7 @@ namespace kelmio {
 
 namespace {
 
-constexpr char kOwnUser[] = "kelmio";
 constexpr char kSdpType[] = "application/sdp";
-
-std::string OwnUri(const sa& address) {
-  return std::string("sip:") + kOwnUser + "@" + ToText(address);
-}
 
 bool HasBody(const sip_msg& message) {
   return mbuf_get_left(message.mb) > 0;
@@ -65,10 +60,12 @@ bool SipCall::TakeInvite(const sip_msg& invite) {
     media_.SetTerms(*sdp_->Terms());
   }
   sipsess* session = nullptr;
+  const std::string contact = host_.NamesAt(*local).contact;
+  sip_auth_h* const credentials = host_.Registration() ? &SipRegistration::CredentialsBeyond : nullptr;
   const int error =
-      sipsess_accept(&session, host_.Sessions(), &invite, 180, "Ringing", OwnUri(*local).c_str(), kSdpType, nullptr,
-                     nullptr, nullptr, false, &SipCall::OnOffer, &SipCall::OnAnswer, &SipCall::OnEstablished,
-                     &SipCall::OnInfo, nullptr, &SipCall::OnClosed, this, "%s", kAllowHeader);
+      sipsess_accept(&session, host_.Sessions(), &invite, 180, "Ringing", contact.c_str(), kSdpType, nullptr,
+                     credentials, host_.Registration(), false, &SipCall::OnOffer, &SipCall::OnAnswer,
+                     &SipCall::OnEstablished, &SipCall::OnInfo, nullptr, &SipCall::OnClosed, this, "%s", kAllowHeader);
   if (error != 0)
     return false;
   session_.reset(session);
@@ -135,11 +132,16 @@ void SipCall::Dial(const std::string& text) {
   phase_ = Phase::Dialing;
   ReportState(CallState::Dialing);
   const DialTarget target = ParseDialTarget(text);
+  const auto& account = host_.Settings().account;
   switch (target.kind) {
   case DialTarget::Kind::Address:
-    Invite(target.uri);
+    Invite(target.uri, false);
     return;
   case DialTarget::Kind::Number:
+    if (account) {
+      Invite(NumberAt(text, ParseServerName(account->server).value_or(ServerName{}).Text()), true);
+      return;
+    }
     Log("SIP line: " + text + " can't be called: the line has no registrar, only addresses such as name@host");
     break;
   case DialTarget::Kind::Invalid:
@@ -149,7 +151,7 @@ void SipCall::Dial(const std::string& text) {
   Over();
 }
 
-void SipCall::Invite(const std::string& uri) {
+void SipCall::Invite(const std::string& uri, bool own_server) {
   pl text{uri.c_str(), uri.size()};
   ::uri parts{};
   sa peer{};
@@ -160,12 +162,22 @@ void SipCall::Invite(const std::string& uri) {
   const RePtr<mbuf> body = local && PrepareMedia(*local) ? sdp_->Write(true) : nullptr;
   int error = EADDRNOTAVAIL;
   if (body) {
-    const std::string own = OwnUri(*local);
+    const SipNames own = host_.NamesAt(*local);
+    std::vector<std::string> routes = own.routes;
+    // An account's calls all go through its server; what is called elsewhere has to be told the way.
+    if (host_.Registration() && !own_server && routes.empty())
+      routes.push_back("sip:" + ParseServerName(host_.Settings().account->server).value_or(ServerName{}).Text());
+    std::vector<const char*> route_texts;
+    for (const std::string& route : routes)
+      route_texts.push_back(route.c_str());
+    sip_auth_h* const credentials = own_server ? &SipRegistration::Credentials : &SipRegistration::CredentialsBeyond;
     sipsess* session = nullptr;
-    error = sipsess_connect(&session, host_.Sessions(), uri.c_str(), nullptr, own.c_str(), own.c_str(), nullptr, 0,
-                            kSdpType, body.get(), nullptr, nullptr, false, &SipCall::OnOffer, &SipCall::OnAnswer,
-                            &SipCall::OnProgress, &SipCall::OnEstablished, &SipCall::OnInfo, nullptr,
-                            &SipCall::OnClosed, this, "%s", kAllowHeader);
+    error = sipsess_connect(&session, host_.Sessions(), uri.c_str(),
+                            own.display_name.empty() ? nullptr : own.display_name.c_str(), own.from.c_str(),
+                            own.contact.c_str(), route_texts.data(), static_cast<std::uint32_t>(route_texts.size()),
+                            kSdpType, body.get(), host_.Registration() ? credentials : nullptr, host_.Registration(),
+                            false, &SipCall::OnOffer, &SipCall::OnAnswer, &SipCall::OnProgress, &SipCall::OnEstablished,
+                            &SipCall::OnInfo, nullptr, &SipCall::OnClosed, this, "%s", kAllowHeader);
     session_.reset(session);
   }
   if (error != 0) {

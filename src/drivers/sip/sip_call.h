@@ -3,17 +3,27 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "drivers/sip/engine_messages.h"
 #include "drivers/sip/libre.h"
 #include "drivers/sip/media_session.h"
 #include "drivers/sip/monotonic_timer.h"
 #include "drivers/sip/sdp_negotiation.h"
+#include "drivers/sip/sip_registration.h"
 #include "drivers/sip/sip_settings.h"
 
 namespace kelmio {
 
 class SipCall;
+
+/// How this line names itself to the other side of a call.
+struct SipNames {
+  std::string display_name;        // as the inside of a quoted string; may be empty
+  std::string from;                // a URI
+  std::string contact;             // a URI under which this line is reached
+  std::vector<std::string> routes; // URIs that each request outside of a call has to pass
+};
 
 /// What a call needs of the engine that owns it. Engine thread only.
 class SipCallHost {
@@ -24,6 +34,13 @@ public:
   virtual sip* Stack() = 0;
   /// The address of this computer that `peer` sees, with the line's SIP port; nothing when there is no way there.
   virtual std::optional<sa> AddressTowards(const sa& peer) = 0;
+  /// `local` is the line's address towards the other side.
+  virtual SipNames NamesAt(const sa& local) = 0;
+  /// Of an account: whether the message comes from its registrar, and nothing else is so believed.
+  virtual bool IsFromRegistrar(const sip_msg& message) = 0;
+  /// Of an account: what answers a challenge to a call, nothing on a line for direct calls. The argument of the answer
+  /// lives as long as the stack.
+  virtual SipRegistration* Registration() = 0;
   virtual void Report(SipReport report) = 0;
   /// The call is over and reported as such; it is destroyed before this returns.
   virtual void CallOver(SipCall& call) = 0;
@@ -65,7 +82,7 @@ private:
   bool PrepareMedia(const sa& local);
   void ReportRings();
   void ReportCaller(const sip_msg& invite);
-  void Invite(const std::string& uri);
+  void Invite(const std::string& uri, bool own_server);
   void Connected();
   void ReportState(CallState state);
   void Log(const std::string& text);

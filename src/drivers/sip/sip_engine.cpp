@@ -15,6 +15,7 @@ namespace kelmio {
 
 namespace {
 
+constexpr char kOwnUser[] = "kelmio"; // of a line without an account
 constexpr std::uint32_t kHashSize = 32;
 constexpr std::uint32_t kMostNameServers = 4;
 // What one stranger may ask of a line that isn't for this computer only. A person redials less often, and a
@@ -38,19 +39,22 @@ struct SipEngine::Loop {
   RePtr<mqueue> commands;
   RePtr<dnsc> names;
   SipTransports transports;
+  std::optional<SipRegistration> registration; // of an account
   RePtr<sipsess_sock> sessions;
   RateLimiter limiter{kRequestsPerSecond, kRequestBurst};
 
   ~Loop() {
     sipsess_close_all(sessions.get());
     sessions.reset();
+    registration.reset();
     // A goodbye is on its way by now; nobody waits for its confirmation.
     transports.Close();
   }
 };
 
-SipEngine::SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call)
-    : settings_(std::move(settings)), sink_(std::move(sink)), next_call_(first_call) {}
+SipEngine::SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call,
+                     SipRegistration::Purpose purpose)
+    : settings_(std::move(settings)), sink_(std::move(sink)), purpose_(purpose), next_call_(first_call) {}
 
 SipEngine::~SipEngine() {
   Stop();
@@ -113,9 +117,6 @@ void SipEngine::Run(std::promise<int> started) {
 }
 
 int SipEngine::OpenLoop() {
-  sa listen{};
-  if (const int error = sa_set_str(&listen, settings_.listen.host.c_str(), settings_.listen.port))
-    return error;
   loop_ = std::make_unique<Loop>();
 
   mqueue* commands = nullptr;
@@ -129,12 +130,13 @@ int SipEngine::OpenLoop() {
   std::uint32_t count = kMostNameServers;
   char domain[64];
   dnsc* names = nullptr;
-  if (dns_srv_get(domain, sizeof(domain), servers, &count) == 0 && dnsc_alloc(&names, nullptr, servers, count) == 0)
+  if (dns_srv_get(domain, sizeof(domain), servers, &count) != 0)
+    count = 0;
+  if (dnsc_alloc(&names, nullptr, servers, count) == 0)
     loop_->names.reset(names);
 
-  if (const int error = loop_->transports.Open(listen, loop_->names.get()))
+  if (const int error = OpenTransports())
     return error;
-  port_ = loop_->transports.Port();
 
   // The stack owns its listeners; their order is the order in which they see a message.
   sipsess_sock* sessions = nullptr;
@@ -145,7 +147,41 @@ int SipEngine::OpenLoop() {
   loop_->sessions.reset(sessions);
   if (const int error = sip_listen(nullptr, Stack(), true, &SipEngine::OnRequestLeft, this))
     return error;
-  return sip_listen(nullptr, Stack(), false, &SipEngine::OnResponseLeft, this);
+  if (const int error = sip_listen(nullptr, Stack(), false, &SipEngine::OnResponseLeft, this))
+    return error;
+  if (loop_->registration)
+    loop_->registration->Start();
+  return 0;
+}
+
+int SipEngine::OpenTransports() {
+  SipTransports& transports = loop_->transports;
+  sa listen{};
+  if (const int error = sa_set_str(&listen, settings_.listen.host.c_str(), settings_.listen.port))
+    return error;
+  if (!settings_.account) {
+    const int error = transports.Open(listen, loop_->names.get());
+    port_ = transports.Port();
+    return error;
+  }
+  // The addresses are known once the registrar is, but a port that is wanted and taken is told at once.
+  if (settings_.listen.port != 0) {
+    udp_sock* tried = nullptr;
+    const int error = udp_listen(&tried, &listen, nullptr, nullptr);
+    mem_deref(tried);
+    if (error != 0)
+      return error;
+    port_ = settings_.listen.port;
+  }
+  if (const int error = transports.OpenUnbound(loop_->names.get()))
+    return error;
+  loop_->registration.emplace(settings_, transports, loop_->names.get(), purpose_, [this](const AccountStanding& now) {
+    if (!leaving_)
+      Report({.kind = SipReport::Kind::Standing, .text = now.words, .health = now.health, .reason = now.reason});
+  });
+  // The registrar knows this line, and nobody else does; who is in the call that is up is another matter.
+  transports.SetFilter([this](const sa& source) { return call_ || loop_->registration->IsRegistrar(source); });
+  return 0;
 }
 
 sipsess_sock* SipEngine::Sessions() {
@@ -160,6 +196,24 @@ std::optional<sa> SipEngine::AddressTowards(const sa& peer) {
   return loop_->transports.AddressTowards(peer);
 }
 
+SipRegistration* SipEngine::Registration() {
+  return loop_->registration ? &*loop_->registration : nullptr;
+}
+
+bool SipEngine::IsFromRegistrar(const sip_msg& message) {
+  return loop_->registration && loop_->registration->IsRegistrar(message.src);
+}
+
+SipNames SipEngine::NamesAt(const sa& local) {
+  if (!settings_.account) {
+    const std::string own = std::string("sip:") + kOwnUser + "@" + ToText(local);
+    return {{}, own, own, {}};
+  }
+  const SipRegistration& registration = *loop_->registration;
+  return {QuotedName(*settings_.account), AddressOfRecord(*settings_.account), registration.ContactUri(local),
+          registration.Routes()};
+}
+
 void SipEngine::CallOver(SipCall& call) {
   if (call_.get() == &call)
     call_.reset();
@@ -170,15 +224,24 @@ void SipEngine::OnCommand(int, void* data, void* self) {
   static_cast<SipEngine*>(self)->Execute(*command);
 }
 
+void SipEngine::Quit() {
+  leaving_ = true;
+  call_.reset();
+  if (loop_->registration)
+    loop_->registration->Leave([] { re_cancel(); });
+  else
+    re_cancel();
+}
+
 void SipEngine::Execute(SipCommand& command) {
   if (command.kind == SipCommand::Kind::Quit) {
-    re_cancel();
+    Quit();
     return;
   }
   if (command.kind == SipCommand::Kind::QuitIfIdle) {
     command.quits.set_value(!call_);
     if (!call_)
-      re_cancel();
+      Quit();
     return;
   }
   if (command.kind == SipCommand::Kind::Dial) {
@@ -208,6 +271,10 @@ void SipEngine::OnInvite(const sip_msg* message, void* self) {
 }
 
 void SipEngine::Invited(const sip_msg& invite) {
+  if (leaving_ || purpose_ == SipRegistration::Purpose::Probe) {
+    sip_treply(nullptr, Stack(), &invite, 480, "Temporarily Unavailable");
+    return;
+  }
   if (call_) {
     sip_treply(nullptr, Stack(), &invite, 486, "Busy Here");
     return;
@@ -224,6 +291,8 @@ void SipEngine::Invited(const sip_msg& invite) {
 }
 
 bool SipEngine::Admits(const sip_msg& request) const {
+  if (loop_->registration)
+    return loop_->registration->IsRegistrar(request.src);
   return settings_.allow == SipAllow::Everyone || IsOfLocalNetwork(request.src);
 }
 
@@ -237,7 +306,7 @@ bool SipEngine::OnAnyRequest(const sip_msg* message, void* self) {
   // Who isn't meant to call is not even told so; unless this line has called him.
   if (!engine.Admits(*message) && (opening || !engine.call_))
     return true;
-  return loop.transports.BeyondThisComputer() && opening &&
+  return !loop.registration && loop.transports.BeyondThisComputer() && opening &&
          !loop.limiter.Allow(sa_hash(&message->src, SA_ADDR), std::chrono::steady_clock::now());
 }
 

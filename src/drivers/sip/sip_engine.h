@@ -11,6 +11,7 @@
 #include "drivers/sip/libre.h"
 #include "drivers/sip/rate_limiter.h"
 #include "drivers/sip/sip_call.h"
+#include "drivers/sip/sip_registration.h"
 #include "drivers/sip/sip_settings.h"
 
 namespace kelmio {
@@ -19,15 +20,16 @@ namespace kelmio {
 /// user interface thread. Reports come on the engine's thread, none once `Stop` has returned.
 class SipEngine : public SipCallHost {
 public:
-  /// Calls are numbered from `first_call` on.
-  SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call = 1);
+  /// Calls are numbered from `first_call` on. An engine that only probes its account takes and makes no calls.
+  SipEngine(SipSettings settings, SipReportSink sink, SipCallNumber first_call = 1,
+            SipRegistration::Purpose purpose = SipRegistration::Purpose::Stay);
   /// Stops.
   ~SipEngine() override;
   SipEngine(const SipEngine&) = delete;
   SipEngine& operator=(const SipEngine&) = delete;
 
-  /// Binds the address and takes calls from now on. Gives 0, or the error number of what was in the way; nothing
-  /// runs then. Call it once.
+  /// Binds the address and takes calls from now on; of an account, goes on its way to the registrar. Gives 0, or the
+  /// error number of what was in the way; nothing runs then. Call it once.
   int Start();
 
   /// Ends the call that is up, telling its peer, and the thread. Nothing happens when it doesn't run.
@@ -52,11 +54,16 @@ private:
   sipsess_sock* Sessions() override;
   sip* Stack() override;
   std::optional<sa> AddressTowards(const sa& peer) override;
+  SipNames NamesAt(const sa& local) override;
+  bool IsFromRegistrar(const sip_msg& message) override;
+  SipRegistration* Registration() override;
   void Report(SipReport report) override { sink_(std::move(report)); }
   void CallOver(SipCall& call) override;
 
   void Run(std::promise<int> started);
   int OpenLoop();
+  int OpenTransports();
+  void Quit();
   static void OnCommand(int id, void* data, void* self);
   static void OnInvite(const sip_msg* message, void* self);
   static bool OnAnyRequest(const sip_msg* message, void* self);
@@ -68,6 +75,7 @@ private:
 
   const SipSettings settings_;
   const SipReportSink sink_;
+  const SipRegistration::Purpose purpose_;
   std::atomic<SipCallNumber> next_call_;
   std::thread thread_;
   mqueue* commands_ = nullptr; // owned by the loop
@@ -76,6 +84,7 @@ private:
   // Engine thread only.
   std::unique_ptr<Loop> loop_;
   std::unique_ptr<SipCall> call_;
+  bool leaving_ = false;
 };
 
 } // namespace kelmio

@@ -52,7 +52,7 @@ int SipSession::Start(const SipSettings& settings) {
       if (session && session->IsOpen())
         session->Handle(report);
       if (session && session->IsOpen() && report.kind == SipReport::Kind::Disconnected)
-        session->call_over_();
+        session->owner_.CallOver();
     });
   };
   engine_ = std::make_unique<SipEngine>(settings, post, next_call_);
@@ -101,12 +101,17 @@ std::shared_ptr<DeviceCall> SipSession::MakeCall(const std::string& number) {
 void SipSession::Handle(const SipReport& report) {
   // Kept through the report: its handler may end the call or close the line.
   LineEvents& events = *events_;
+  if (report.kind == SipReport::Kind::Standing) {
+    owner_.AccountStands(report.health, report.text, report.reason);
+    return;
+  }
   if (report.kind == SipReport::Kind::Log) {
     events.Log(report.text);
     return;
   }
   if (report.kind == SipReport::Kind::NewCall && !call_) {
     call_ = std::make_shared<Call>(weak_from_this(), report.call, Call::Phase::Offered);
+    owner_.CallBegan();
     events.NewCall(call_);
     return;
   }
@@ -144,6 +149,7 @@ void SipSession::Handle(const SipReport& report) {
     break;
   case SipReport::Kind::NewCall:
   case SipReport::Kind::Log:
+  case SipReport::Kind::Standing:
     break;
   }
 }

@@ -1,7 +1,6 @@
 // An open SIP line: the engine that runs, and the call that is up.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,14 +13,25 @@
 
 namespace kelmio {
 
+/// What a session tells its line, besides the events. User interface thread only.
+class SipSessionOwner {
+public:
+  virtual ~SipSessionOwner() = default;
+  virtual void CallBegan() = 0;
+  /// Behind the report of a call's end.
+  virtual void CallOver() = 0;
+  /// How the account stands. `reason` is the same without what changes with each attempt.
+  virtual void AccountStands(LineStatus::Health health, const std::string& words, const std::string& reason) = 0;
+};
+
 /// Owns the engine and gives its reports to the line's events. What it posts holds it weakly, and once it is
 /// closed nothing is reported, not even from a closure that runs inside one of its own reports. User interface
 /// thread only.
 class SipSession : public std::enable_shared_from_this<SipSession> {
 public:
-  /// `loop` and `events` outlive the open session. `call_over` runs behind each report of a call's end.
-  SipSession(EventLoop& loop, LineEvents& events, std::function<void()> call_over)
-      : loop_(loop), events_(&events), call_over_(std::move(call_over)) {}
+  /// All three outlive the open session.
+  SipSession(EventLoop& loop, LineEvents& events, SipSessionOwner& owner)
+      : loop_(loop), events_(&events), owner_(owner) {}
 
   /// Gives 0, or the error number of what was in the way.
   int Start(const SipSettings& settings);
@@ -49,7 +59,7 @@ private:
 
   EventLoop& loop_;
   LineEvents* events_; // nothing once closed
-  std::function<void()> call_over_;
+  SipSessionOwner& owner_;
   std::unique_ptr<SipEngine> engine_;
   SipCallNumber next_call_ = 1; // of the next engine
   std::shared_ptr<Call> call_;  // the one that is up

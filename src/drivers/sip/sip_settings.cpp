@@ -45,7 +45,12 @@ bool EqualNames(std::string_view a, std::string_view b) {
                     [&](char left, char right) { return lower(left) == lower(right); });
 }
 
-/// Nothing when there is an unknown name among them, or none at all.
+bool IsLoopback(const ListenAddress& address) {
+  return address.host == "::1" || address.host.starts_with("127.");
+}
+
+} // namespace
+
 std::optional<std::vector<AudioCoding>> ParseCodings(std::string_view text) {
   std::vector<AudioCoding> codings;
   while (!text.empty()) {
@@ -72,12 +77,6 @@ std::string ToText(const std::vector<AudioCoding>& codings) {
     text += (text.empty() ? "" : ",") + std::string(NameOf(coding));
   return text;
 }
-
-bool IsLoopback(const ListenAddress& address) {
-  return address.host == "::1" || address.host.starts_with("127.");
-}
-
-} // namespace
 
 std::optional<ListenAddress> ParseListenAddress(std::string_view text) {
   const std::size_t colon = text.rfind(':');

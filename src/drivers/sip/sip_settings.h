@@ -36,6 +36,17 @@ struct SipTimes {
   std::chrono::milliseconds confirm{32'000};
   /// A peer in mid call of which nothing is heard any more.
   std::chrono::milliseconds lost_peer{60'000};
+  /// A registrar's answer, after which the next address of it is tried.
+  std::chrono::milliseconds registrar_answer{8'000};
+  /// The first pause after a failed registration; each next one is twice as long, up to the longest.
+  std::chrono::milliseconds first_retry{2'000};
+  std::chrono::milliseconds longest_retry{300'000};
+  /// The pause after the registrar has refused the account: asking more often locks accounts.
+  std::chrono::milliseconds refused_retry{900'000};
+  /// Between two signs of life, shorter than a router forgets who talks to whom (30 s with the strictest).
+  std::chrono::milliseconds keep_alive{25'000};
+  /// The longest that a line which is closed waits for its registrar.
+  std::chrono::milliseconds goodbye{500};
   bool operator==(const SipTimes&) const = default;
 };
 
@@ -102,6 +113,10 @@ void SetCallers(SipSettings& settings, SipCallers callers);
 
 /// Makes the section at first start. A value that makes no sense falls back to its default, with a note.
 SipSettings ReadSipSettings(LinesFile& file);
+
+/// A list of codings as `Lines.ini` has it; nothing when there is an unknown name among them, or none at all.
+std::optional<std::vector<AudioCoding>> ParseCodings(std::string_view text);
+std::string ToText(const std::vector<AudioCoding>& codings);
 
 /// Writes what a user can choose; comments and foreign keys stay. False when the file can't be written.
 bool WriteSipSettings(const LinesFile& file, const SipSettings& settings);

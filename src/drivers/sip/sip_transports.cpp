@@ -20,7 +20,8 @@ constexpr std::chrono::milliseconds kLookAgain{10'000};
 // Order among the helpers of a socket; there are no others.
 constexpr int kGuardLayer = 0;
 
-/// The address of this computer from which a way leads to `peer`. Nothing is sent.
+} // namespace
+
 std::optional<sa> SourceTowards(const sa& peer) {
   const int descriptor = socket(sa_af(&peer), SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (descriptor < 0)
@@ -35,8 +36,6 @@ std::optional<sa> SourceTowards(const sa& peer) {
   close(descriptor);
   return found ? std::optional(source) : std::nullopt;
 }
-
-} // namespace
 
 SipTransports::SipTransports() {
   std::random_device random;
@@ -55,15 +54,20 @@ void SipTransports::Close() {
   look_again_.Stop();
 }
 
+int SipTransports::Alloc(dnsc* names) {
+  sip* stack = nullptr;
+  const int error = sip_alloc(&stack, names, kHashSize, kHashSize, kHashSize, kSoftware, nullptr, nullptr);
+  stack_.reset(stack);
+  return error;
+}
+
 int SipTransports::Open(const sa& listen, dnsc* names) {
   const int attempts = sa_port(&listen) == 0 ? kPortAttempts : 1;
   int error = 0;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    sip* stack = nullptr;
-    error = sip_alloc(&stack, names, kHashSize, kHashSize, kHashSize, kSoftware, nullptr, nullptr);
+    error = Alloc(names);
     if (error != 0)
       return error;
-    stack_.reset(stack);
     listen_ = listen;
     bound_.clear();
     error = BindAll();
@@ -74,6 +78,43 @@ int SipTransports::Open(const sa& listen, dnsc* names) {
   if (error == 0 && Everywhere())
     look_again_.StartRepeating(kLookAgain, kLookAgain, [this](std::uint64_t) { BindNewAddresses(); });
   return error;
+}
+
+int SipTransports::OpenUnbound(dnsc* names) {
+  sa_init(&listen_, AF_UNSPEC);
+  return Alloc(names);
+}
+
+int SipTransports::BindTo(const std::vector<sa>& addresses, sip_transp transport, tls* context) {
+  const bool same = std::equal(wanted_.begin(), wanted_.end(), addresses.begin(), addresses.end(),
+                               [](const sa& a, const sa& b) { return sa_cmp(&a, &b, SA_ALL); });
+  if (same && transport == transport_)
+    return 0;
+  Unbind();
+  for (const sa& address : addresses) {
+    sa own{};
+    int error = transport == SIP_TRANSP_TLS ? sip_transp_add(stack_.get(), transport, &address, context)
+                                            : sip_transp_add(stack_.get(), transport, &address);
+    if (error == 0)
+      error = sip_transp_laddr(stack_.get(), &own, transport, &address);
+    if (error != 0) {
+      Unbind();
+      return error;
+    }
+    bound_.push_back(own);
+    if (transport == SIP_TRANSP_UDP)
+      Knock(own);
+  }
+  wanted_ = addresses;
+  transport_ = transport;
+  return 0;
+}
+
+void SipTransports::Unbind() {
+  guards_.clear();
+  sip_transp_flush(stack_.get());
+  bound_.clear();
+  wanted_.clear();
 }
 
 std::vector<sa> SipTransports::Addresses() const {
@@ -133,6 +174,13 @@ void SipTransports::BindNewAddresses() {
 }
 
 std::optional<sa> SipTransports::AddressTowards(const sa& peer) const {
+  if (transport_ != SIP_TRANSP_NONE) {
+    const auto near =
+        std::find_if(bound_.begin(), bound_.end(), [&](const sa& address) { return sa_af(&address) == sa_af(&peer); });
+    if (near != bound_.end())
+      return *near;
+    return bound_.empty() ? std::nullopt : std::optional(bound_.front());
+  }
   sa address = listen_;
   if (!Everywhere())
     return address;
@@ -174,7 +222,10 @@ bool SipTransports::TakeKnock(const sip_msg& request) {
   return true;
 }
 
-bool SipTransports::IsBroken(sa*, mbuf* datagram, void*) {
+bool SipTransports::IsBroken(sa* source, mbuf* datagram, void* self) {
+  const auto& transports = *static_cast<SipTransports*>(self);
+  if (transports.admits_ && !transports.admits_(*source))
+    return true;
   const std::size_t position = datagram->pos;
   sip_msg* message = nullptr;
   const bool broken = sip_msg_decode(&message, datagram) != 0;
