@@ -32,6 +32,7 @@ DRIVERS = re.compile(r"drivers/\w+$")
 LIBRARIES = (
     ("Qt", re.compile(r"Qt?[A-Z]\w*(/.*)?$|ui_\w+\.h$|.*\.moc$"), ("qt", "app")),
     ("libre", re.compile(r"re(/|\.h|_)"), ("drivers/sip",)),
+    ("OpenSSL", re.compile(r"openssl/"), ("drivers/sip",)),
     ("a sound library", re.compile(r"(sndfile|spandsp|samplerate|soxr|opus)\b"), ("media", "drivers/sip", "drivers/voice_modem")),
     ("the echo canceller", re.compile(r"webrtc/"), ("media",)),
     ("the sound system", re.compile(r"(pulse|alsa)/"), ("media",)),
