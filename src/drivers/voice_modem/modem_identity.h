@@ -1,20 +1,14 @@
 // What a modem is and how it wants to be spoken to, by its own words.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "drivers/voice_modem/modem_link.h"
+#include "drivers/voice_modem/modem_settings.h"
 #include "drivers/voice_modem/voice_formats.h"
 
 namespace kelmio {
-
-enum class ModemKind : std::uint8_t {
-  Silent, // no answer to any command: no modem, or one that is stuck
-  Data,   // no voice class
-  Voice,
-};
 
 struct ModemIdentity {
   ModemKind kind = ModemKind::Silent;

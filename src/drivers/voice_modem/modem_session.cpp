@@ -128,12 +128,12 @@ bool ModemSession::SetUp() {
         Lose("The modem doesn't answer; unplug it and plug it in again");
       return false;
     }
-    Report({.kind = ModemReport::Kind::Model, .text = identity.model});
     if (identity.kind == ModemKind::Data || !identity.format) {
       Lose(identity.kind == ModemKind::Data ? "This modem has no voice: it can't answer calls"
                                             : "This modem has no sound format that can be used");
       return false;
     }
+    Report({.kind = ModemReport::Kind::Model, .text = identity.model});
     identity_ = identity;
   }
   armed_ = Arm();

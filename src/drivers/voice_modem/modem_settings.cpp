@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::array<std::string_view, 6> kRingNames{"every", "A", "B", "C", "D", "E"};
 
+// In the order of `ModemKind`.
+constexpr std::array<std::string_view, 3> kKindNames{"none", "data", "voice"};
+
 /// What a user can choose, as it stands below the section's header.
 constexpr std::string_view kSectionText =
     "; A voice modem on a telephone line.\n"
@@ -18,6 +21,7 @@ constexpr std::string_view kSectionText =
     "; PlayGain, RecordGain: 128 is nominal, 0 leaves it to the modem, 255 is most\n"
     "; Ring: every, or the letter of the one ring that is answered where several numbers ring differently\n"
     "; WaitForDialTone: no, behind a telephone system without a dial tone\n"
+    "; Kind, Model: what the device said it is, when it was asked\n"
     "; Init: one more command for the modem at each start, such as AT+GCI=B5\n";
 
 bool IsPrintable(std::string_view text) {
@@ -95,6 +99,19 @@ bool WriteModemSettings(LinesFile& file, const std::string& section, const Modem
                               {"Ring", std::string(kRingNames.at(static_cast<std::size_t>(settings.ring)))},
                               {"WaitForDialTone", settings.wait_for_dial_tone ? "yes" : "no"},
                               {"Init", settings.init}});
+}
+
+KnownModem ReadKnownModem(const LinesFile& file, const std::string& section) {
+  const std::string kind = file.Read(section, "Kind");
+  // A section that was written by hand is that of a voice modem: why else would it be there.
+  const auto* const known = std::find(kKindNames.begin(), kKindNames.end(), kind);
+  const auto index = known != kKindNames.end() ? known - kKindNames.begin() : std::ssize(kKindNames) - 1;
+  return {static_cast<ModemKind>(index), file.Read(section, "Model")};
+}
+
+void WriteKnownModem(const LinesFile& file, const std::string& section, const KnownModem& modem) {
+  file.Write(section,
+             {{"Kind", std::string(kKindNames.at(static_cast<std::size_t>(modem.kind)))}, {"Model", modem.model}});
 }
 
 } // namespace kelmio

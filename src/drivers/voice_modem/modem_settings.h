@@ -37,6 +37,20 @@ ModemSettings ReadModemSettings(LinesFile& file, const std::string& section);
 /// Makes the section if need be, and writes what a user can choose. False when the file can't be written.
 bool WriteModemSettings(LinesFile& file, const std::string& section, const ModemSettings& settings);
 
+enum class ModemKind : std::uint8_t {
+  Silent, // no answer to any command: no modem, or one that is stuck
+  Data,   // no voice class
+  Voice,
+};
+
+/// What was found out about a modem when it was asked, so that it need not be asked again.
+struct KnownModem {
+  ModemKind kind = ModemKind::Silent;
+  std::string model; // in words; may be empty
+};
+KnownModem ReadKnownModem(const LinesFile& file, const std::string& section);
+void WriteKnownModem(const LinesFile& file, const std::string& section, const KnownModem& modem);
+
 /// The countries whose tones and modem settings are known.
 struct ModemCountry {
   const char* code; // of ISO 3166

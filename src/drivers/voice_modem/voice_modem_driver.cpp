@@ -9,18 +9,8 @@ namespace kelmio {
 namespace {
 
 constexpr std::string_view kSectionPrefix = "Modem ";
-constexpr std::string_view kKindKey = "Kind";
-constexpr std::string_view kModelKey = "Model";
-constexpr std::string_view kVoice = "voice";
-constexpr std::string_view kData = "data";
 // Asking a modem takes some three seconds.
 constexpr std::chrono::milliseconds kFirstLimit{4000};
-
-ModemSettings SettingsFor(const FoundModem& modem) {
-  ModemSettings settings;
-  settings.port = modem.port;
-  return settings;
-}
 
 } // namespace
 
@@ -34,9 +24,8 @@ VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigD
       alive_(std::make_shared<VoiceModemDriver*>(this)) {
   std::set<std::string> known;
   for (const std::string& section : house_.file.Sections(kSectionPrefix)) {
-    const bool data = house_.file.Read(section, kKindKey) == kData;
-    AddLine(section, ReadModemSettings(house_.file, section), data ? ModemKind::Data : ModemKind::Voice,
-            house_.file.Read(section, kModelKey));
+    const KnownModem modem = ReadKnownModem(house_.file, section);
+    AddLine(section, ReadModemSettings(house_.file, section)).SetKind(modem.kind, modem.model);
     known.insert(section.substr(kSectionPrefix.size()));
   }
   finder_ = std::make_unique<ModemFinder>(
@@ -44,7 +33,7 @@ VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigD
       [&loop, weak = std::weak_ptr(alive_)] {
         loop.Post([weak] {
           if (const auto driver = weak.lock())
-            (*driver)->TakeFound();
+            (*driver)->TakeNews();
         });
       });
 }
@@ -57,34 +46,36 @@ VoiceModemDriver::~VoiceModemDriver() {
 std::vector<std::shared_ptr<LineDevice>> VoiceModemDriver::Lines() {
   if (!std::exchange(waited_, true)) {
     finder_->WaitForFirst(kFirstLimit);
-    for (const FoundModem& modem : finder_->Take())
-      AddLine(std::string(kSectionPrefix) + modem.name, SettingsFor(modem), modem.kind, modem.model);
+    TakeFound();
   }
   return {lines_.begin(), lines_.end()};
 }
 
-void VoiceModemDriver::AddLine(const std::string& section, ModemSettings settings, ModemKind kind,
-                               const std::string& model) {
+VoiceModemLine& VoiceModemDriver::AddLine(const std::string& section, ModemSettings settings) {
   const auto known =
       std::find_if(lines_.begin(), lines_.end(), [&](const auto& line) { return line->Section() == section; });
-  std::shared_ptr<VoiceModemLine> line = known != lines_.end() ? *known : nullptr;
-  if (!line) {
-    if (settings.device_id < 0)
-      settings.device_id = house_.file.DeviceNumber(section);
-    line = std::make_shared<VoiceModemLine>(house_, section, settings);
-    lines_.push_back(line);
-  }
-  line->SetKind(kind, model);
-  if (kind == ModemKind::Silent || !house_.file.Read(section, kKindKey).empty())
-    return;
-  WriteModemSettings(house_.file, section, line->Settings());
-  house_.file.Write(section, {{std::string(kKindKey), std::string(kind == ModemKind::Voice ? kVoice : kData)},
-                              {std::string(kModelKey), model}});
+  if (known != lines_.end())
+    return **known;
+  if (settings.device_id < 0)
+    settings.device_id = house_.file.DeviceNumber(section);
+  return *lines_.emplace_back(std::make_shared<VoiceModemLine>(house_, section, std::move(settings)));
 }
 
 void VoiceModemDriver::TakeFound() {
-  for (const FoundModem& modem : finder_->Take())
-    AddLine(std::string(kSectionPrefix) + modem.name, SettingsFor(modem), modem.kind, modem.model);
+  for (const FoundModem& found : finder_->Take()) {
+    ModemSettings settings;
+    settings.port = found.port;
+    VoiceModemLine& line = AddLine(std::string(kSectionPrefix) + found.name, settings);
+    line.SetKind(found.kind, found.model);
+    if (!found.trouble.empty())
+      continue;
+    WriteModemSettings(house_.file, line.Section(), line.Settings());
+    WriteKnownModem(house_.file, line.Section(), {found.kind, found.model});
+  }
+}
+
+void VoiceModemDriver::TakeNews() {
+  TakeFound();
   for (const auto& line : lines_)
     line->DevicesChanged();
   if (changed_)

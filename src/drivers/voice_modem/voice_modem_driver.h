@@ -35,8 +35,10 @@ public:
   void Watch(std::function<void()> changed) override { changed_ = std::move(changed); }
 
 private:
+  void TakeNews();
   void TakeFound();
-  void AddLine(const std::string& section, ModemSettings settings, ModemKind kind, const std::string& model);
+  /// The line of that name, a new one if need be.
+  VoiceModemLine& AddLine(const std::string& section, ModemSettings settings);
   std::vector<ModemChoice> Ports() const;
 
   VoiceModemLine::House house_;

@@ -192,9 +192,9 @@ void VoiceModemLine::Handle(const ModemReport& report) {
     SetStatus(report.health, report.text);
     break;
   case ModemReport::Kind::Model:
-    model_ = report.text;
-    kind_ = ModemKind::Voice;
-    Changed();
+    if (kind_ != ModemKind::Voice || model_ != report.text)
+      WriteKnownModem(house_.file, section_, {ModemKind::Voice, report.text});
+    SetKind(ModemKind::Voice, report.text);
     break;
   case ModemReport::Kind::Trace:
     TakeTrace(report.text);

@@ -1,0 +1,277 @@
+// Calls on an emulated modem: usual ones, and one after the other with something wrong each.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <mutex>
+#include <random>
+
+#include "drivers/sip/loop_of_test.h"
+#include "drivers/voice_modem/voice_modem_driver.h"
+#include "modem_emulator/modem_emulator.h"
+#include "support/temporary_folder.h"
+
+namespace kelmio::test {
+namespace {
+
+using emulated::HangUpSign;
+using emulated::ModemEmulator;
+using emulated::Samples;
+
+constexpr double kSpeed = 12;
+
+/// Says what it is given, and keeps what it hears.
+class Voice : public SoundPort {
+public:
+  void Received(std::span<const std::int16_t> samples, int) noexcept override {
+    const std::lock_guard lock(mutex_);
+    heard_.insert(heard_.end(), samples.begin(), samples.end());
+  }
+  void ToSend(std::span<std::int16_t> samples, int) noexcept override {
+    const std::lock_guard lock(mutex_);
+    for (std::int16_t& sample : samples)
+      sample = said_ < to_say_.size() ? to_say_[said_++] : std::int16_t{0};
+  }
+  bool Speaks() const noexcept override {
+    const std::lock_guard lock(mutex_);
+    return said_ < to_say_.size();
+  }
+  void Say(std::vector<std::int16_t> samples) {
+    const std::lock_guard lock(mutex_);
+    to_say_ = std::move(samples);
+    said_ = 0;
+  }
+  std::vector<std::int16_t> Heard() const {
+    const std::lock_guard lock(mutex_);
+    return heard_;
+  }
+
+private:
+  mutable std::mutex mutex_;
+  std::vector<std::int16_t> to_say_;
+  std::size_t said_ = 0;
+  std::vector<std::int16_t> heard_;
+};
+
+/// An answering machine on a modem line, and its ledger.
+class Household : public LineEvents {
+public:
+  explicit Household(const std::string& personality) : modem({personality, folder.Path() + "ttyACM0", kSpeed}) {
+    driver = std::make_unique<VoiceModemDriver>(
+        loop, LinesFile(folder.Path() + "Lines.ini"), nullptr,
+        VoiceModemDriver::Options{.folder = folder.Path(), .lock_folder = folder.Path(), .speed = kSpeed});
+    line = driver->Lines().at(0);
+    EXPECT_TRUE(line->Open(*this)) << ::testing::PrintToString(log);
+  }
+  ~Household() override { line->Close(); }
+
+  void NewCall(std::shared_ptr<DeviceCall> new_call) override {
+    EXPECT_EQ(call, nullptr) << "a call before the last one was over";
+    call = std::move(new_call);
+    voice = std::make_shared<Voice>();
+    voice->Say(greeting);
+    connected = false;
+    ++begun;
+  }
+  void Ring(DeviceCall& ringing, int count) override {
+    if (count == answer_on) {
+      ringing.SetSoundPort(voice);
+      ringing.Answer();
+    }
+  }
+  void CallerID(DeviceCall&, const std::string& name, const std::string& number) override {
+    callers.push_back(name + "/" + number);
+  }
+  void StateChanged(DeviceCall&, CallState state) override { states.push_back(state); }
+  void Connected(DeviceCall&) override {
+    EXPECT_FALSE(connected);
+    connected = true;
+  }
+  void Busy(DeviceCall&) override { states.push_back(CallState::Busy); }
+  void Digit(DeviceCall&, char digit) override { digits += digit; }
+  void Disconnected(DeviceCall&) override {
+    call = nullptr;
+    ++ended;
+  }
+  void Log(const std::string& text) override { log.push_back(text); }
+
+  bool Ready() const { return line->Status().health == LineStatus::Health::Ready && call == nullptr; }
+  /// Seconds of the modem.
+  bool Within(double seconds, const std::function<bool()>& done) {
+    return loop.RunUntil(done, std::chrono::milliseconds(static_cast<long>(seconds * 1000 / kSpeed)));
+  }
+  bool Listening() const { return modem.Streaming() == emulated::Modem::Stream::Record; }
+
+  LoopOfTest loop;
+  TemporaryFolder folder;
+  ModemEmulator modem;
+  std::unique_ptr<VoiceModemDriver> driver;
+  std::shared_ptr<LineDevice> line;
+  std::vector<std::int16_t> greeting;
+  std::shared_ptr<DeviceCall> call;
+  std::shared_ptr<Voice> voice;
+  int answer_on = 2;
+  bool connected = false;
+  int begun = 0;
+  int ended = 0;
+  std::vector<std::string> callers;
+  std::vector<CallState> states;
+  std::string digits;
+  std::vector<std::string> log;
+};
+
+/// A sound of which no two pieces are alike, in steps that eight bits hold.
+std::vector<std::int16_t> Speech(std::size_t samples, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<int> step(-100, 100);
+  std::vector<std::int16_t> speech(samples);
+  std::generate(speech.begin(), speech.end(), [&] { return static_cast<std::int16_t>(step(random) * 256); });
+  return speech;
+}
+
+bool Holds(const std::vector<std::int16_t>& whole, const std::vector<std::int16_t>& part) {
+  return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end();
+}
+
+/// The family whose samples don't hold each of those steps.
+constexpr const char* kCompanded = "silabs";
+
+class UsualCall : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(UsualCall, IsAnsweredGreetedAndRecordedSampleBySample) {
+  Household house(GetParam());
+  house.greeting = Speech(8000, 1);
+  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
+  house.modem.Ring({.number = "5551234", .name = "SAMPLE"});
+  ASSERT_TRUE(house.Within(60, [&] { return house.Listening() && !house.voice->Speaks(); }))
+      << house.modem.Transcript();
+  EXPECT_THAT(house.callers, ::testing::ElementsAre("SAMPLE/5551234"));
+  const auto said = Speech(12000, 2);
+  house.modem.CallerSays(Samples(said.begin(), said.end()));
+  EXPECT_TRUE(house.Within(10, [&] { return Holds(house.voice->Heard(), said) || GetParam() == kCompanded; }));
+  house.modem.CallerPresses("5#");
+  EXPECT_TRUE(house.Within(10, [&] { return house.digits == "5#"; })) << house.digits;
+  house.modem.HangUp(HangUpSign::LoopBreak);
+  ASSERT_TRUE(house.Within(20, [&] { return house.Ready() && house.ended == 1; })) << house.modem.Transcript();
+  EXPECT_TRUE(house.Within(5, [&] { return !house.modem.OffHook(); }));
+  EXPECT_THAT(house.modem.ComplaintsAtEnd(), ::testing::IsEmpty());
+  const Samples heard = house.modem.Heard();
+  EXPECT_GT(std::count_if(heard.begin(), heard.end(), [](auto sample) { return sample != 0; }), 7500);
+  EXPECT_TRUE(Holds({heard.begin(), heard.end()}, house.greeting) || GetParam() == kCompanded);
+}
+
+INSTANTIATE_TEST_SUITE_P(Families, UsualCall, ::testing::Values("conexant", "softmodem", "usr", "silabs"),
+                         [](const auto& name) { return name.param; });
+
+TEST(ModemCalls, GreetingThatIsStoppedFallsSilentAtOnce) {
+  Household house("conexant");
+  house.greeting = Speech(80000, 1);
+  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
+  house.modem.Ring({});
+  ASSERT_TRUE(house.Within(60, [&] { return house.modem.Played().size() > 8000; })) << house.modem.Transcript();
+  const std::size_t before = house.modem.Played().size();
+  house.voice->Say({});
+  ASSERT_TRUE(house.Within(10, [&] { return house.Listening(); })) << house.modem.Transcript();
+  EXPECT_LT(house.modem.Played().size() - before, kModemRate * 4 / 10);
+}
+
+TEST(ModemCalls, DialsAndTellsWhatBecameOfIt) {
+  Household house("conexant");
+  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
+  using Kind = emulated::Callee::Kind;
+  house.modem.WhenDialled({Kind::Answers, 2});
+  house.call = house.line->MakeCall("+49 (30) 555-1234");
+  ASSERT_TRUE(house.Within(60, [&] { return house.connected; })) << house.modem.Transcript();
+  EXPECT_EQ(house.modem.Dialled(), "49305551234");
+  house.call->Hangup();
+  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); })) << house.modem.Transcript();
+
+  house.modem.WhenDialled({Kind::Busy, 0});
+  house.call = house.line->MakeCall("5551234");
+  ASSERT_TRUE(house.Within(60, [&] { return house.ended == 2 && house.Ready(); })) << house.modem.Transcript();
+  EXPECT_THAT(house.states, ::testing::Contains(CallState::Busy));
+
+  house.modem.WhenDialled({Kind::NeverAnswers, 0});
+  house.call = house.line->MakeCall("5551234");
+  house.Within(8, [] { return false; });
+  house.call->Hangup();
+  ASSERT_TRUE(house.Within(20, [&] { return house.ended == 3 && house.Ready(); })) << house.modem.Transcript();
+  EXPECT_FALSE(house.modem.OffHook());
+}
+
+TEST(ModemCalls, ComesBackWhereverItIsPulledOut) {
+  Household house("conexant");
+  house.greeting = Speech(24000, 1);
+  for (const char* const phase : {"idle", "ring", "call", "play", "record"}) {
+    SCOPED_TRACE(phase);
+    ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
+    if (std::string(phase) == "idle") {
+      house.modem.Unplug();
+    } else {
+      house.modem.SetFault(28, phase);
+      house.modem.Ring({});
+    }
+    ASSERT_TRUE(house.Within(60, [&] { return house.line->Status().health == LineStatus::Health::Trouble; }));
+    EXPECT_EQ(house.begun, house.ended);
+    house.modem.HangUp();
+    house.modem.Replug();
+  }
+  EXPECT_TRUE(house.Within(60, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
+}
+
+/// The short form; KELMIO_CALLS=500 is the long one.
+TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
+  const char* const wanted = std::getenv("KELMIO_CALLS");
+  const int calls = wanted ? std::atoi(wanted) : 16;
+  struct Fault {
+    int number;
+    const char* detail;
+  };
+  const std::vector<Fault> faults{
+      {2, ""},        {3, ""},         {4, "bytes"},     {4, "merged"},     {5, "dle"},   {5, "ring"},  {5, "cid"},
+      {6, ""},        {7, "once"},     {7, "deaf"},      {8, ""},           {9, "both"},  {9, "text"},  {10, "fast"},
+      {10, "one"},    {11, "before"},  {11, "after-3"},  {12, ""},          {13, ""},     {14, ""},     {15, ""},
+      {16, ""},       {17, "silence"}, {17, "busy"},     {17, "dial-tone"}, {18, ""},     {18, "esc"},  {18, "mute"},
+      {19, ""},       {20, ""},        {21, "underrun"}, {21, "stall"},     {21, "fast"}, {21, "slow"}, {22, "7f"},
+      {25, "H"},      {25, "P"},       {26, ""},         {27, ""},          {28, "ring"}, {28, "play"}, {28, "record"},
+      {30, "reopen"}, {30, "replug"}};
+  std::mt19937 random(20261123);
+  Household house("conexant");
+  house.greeting = Speech(4000, 1);
+  for (int i = 0; i < calls; ++i) {
+    const Fault& fault = faults[static_cast<std::size_t>(random()) % faults.size()];
+    SCOPED_TRACE("call " + std::to_string(i) + ", fault " + std::to_string(fault.number) + " " + fault.detail);
+    ASSERT_TRUE(house.Within(90, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
+    const int begun = house.begun;
+    house.modem.SetFault(fault.number, fault.detail);
+    house.modem.Ring({.number = std::to_string(5550000 + i)});
+    ASSERT_TRUE(house.Within(15, [&] { return house.begun > begun; })) << house.modem.Transcript();
+    house.Within(30, [&] { return house.call == nullptr || (house.connected && house.Listening()); });
+    house.Within(2 + static_cast<double>(random() % 3), [&] { return house.call == nullptr; });
+    if (random() % 2 == 0 || house.call == nullptr)
+      house.modem.HangUp();
+    // What a caller leaves without a sign is ended from this side, as the program does on silence.
+    house.Within(4, [&] { return house.call == nullptr; });
+    if (house.call)
+      house.call->Hangup();
+    house.modem.HangUp();
+    const bool settled = house.Within(15, [&] {
+      return house.call == nullptr && !house.modem.OffHook() &&
+             house.line->Status().health != LineStatus::Health::Trying;
+    });
+    EXPECT_TRUE(settled) << house.modem.Transcript();
+    house.modem.ClearFault(fault.number);
+    if (fault.number == 28 || fault.number == 30) {
+      house.modem.Unplug();
+      house.modem.Replug();
+    }
+    if (::testing::Test::HasFailure())
+      break;
+  }
+  EXPECT_TRUE(house.Within(90, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
+  EXPECT_EQ(house.begun, house.ended);
+}
+
+} // namespace
+} // namespace kelmio::test
