@@ -47,6 +47,8 @@ public:
 
   /// Starts the frames; the first comes at once. Nothing happens when they run already.
   void Start();
+  /// The peer's silence counts anew: so far nothing had to be heard of it.
+  void ExpectPeer() { frames_unheard_ = 0; }
 
 private:
   using Time = std::chrono::steady_clock::time_point;

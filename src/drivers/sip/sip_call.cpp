@@ -3,8 +3,9 @@
 #include <cerrno>
 #include <system_error>
 
-#include "drivers/sip/caller_identity.h"
+#include "drivers/sip/caller_claims.h"
 #include "drivers/sip/dial_target.h"
+#include "drivers/sip/session_timer.h"
 #include "drivers/sip/sip_replies.h"
 
 namespace kelmio {
@@ -15,14 +16,6 @@ constexpr char kSdpType[] = "application/sdp";
 
 bool HasBody(const sip_msg& message) {
   return mbuf_get_left(message.mb) > 0;
-}
-
-// A telephone number as address (RFC 3966) has no user part; the number stands where a host would.
-std::string_view UserOf(const sip_taddr& from) {
-  if (pl_strcasecmp(&from.uri.scheme, "tel") != 0)
-    return ToView(from.uri.user);
-  const std::string_view uri = ToView(from.auri);
-  return uri.substr(std::min(uri.size(), uri.find(':') + 1));
 }
 
 } // namespace
@@ -69,6 +62,7 @@ bool SipCall::TakeInvite(const sip_msg& invite) {
   if (error != 0)
     return false;
   session_.reset(session);
+  answer_lines_ = SessionTimerLines(invite);
 
   host_.Report({.kind = SipReport::Kind::NewCall, .call = number_});
   ReportRings();
@@ -91,9 +85,14 @@ void SipCall::ReportRings() {
 }
 
 void SipCall::ReportCaller(const sip_msg& invite) {
-  const CallerIdentity caller = ReadCallerIdentity(ToView(invite.from.dname), UserOf(invite.from));
+  const bool vouched = host_.IsFromRegistrar(invite);
+  const CallerIdentity caller =
+      vouched ? CallerOfAccount(invite)
+              : ReadCallerIdentity(ToView(invite.from.dname), UserOf(invite.from.uri, invite.from.auri));
   if (caller.Known())
     host_.Report({.kind = SipReport::Kind::CallerID, .call = number_, .name = caller.name, .text = caller.number});
+  if (const std::string forwarder = vouched ? ForwarderOf(invite) : ""; !forwarder.empty())
+    Log("Forwarded from " + forwarder);
 }
 
 void SipCall::Answer() {
@@ -105,7 +104,8 @@ void SipCall::Answer() {
     return;
   const bool late_offer = !sdp_->Terms();
   const RePtr<mbuf> body = sdp_->Write(late_offer);
-  if (!body || sipsess_answer(session_.get(), 200, "OK", body.get(), "%s", kAllowHeader) != 0) {
+  if (!body ||
+      sipsess_answer(session_.get(), 200, "OK", body.get(), "%s%s", kAllowHeader, answer_lines_.c_str()) != 0) {
     Log("SIP line: the call could not be answered");
     Over();
     return;
@@ -181,7 +181,9 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
     session_.reset(session);
   }
   if (error != 0) {
-    Log("SIP line: " + uri + " can't be called: " + std::generic_category().message(error));
+    Log("SIP line: " + uri + " can't be called: " +
+        (!local && host_.Registration() ? "there is no way to the account's server now"
+                                        : std::generic_category().message(error)));
     Over();
     return;
   }
@@ -194,6 +196,11 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
 void SipCall::OnProgress(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   call->ReportState(message->scode == 180 ? CallState::Ringback : CallState::Proceeding);
+  // What is heard before the answer: the network's own tones, and its words on why there will be none.
+  if (HasBody(*message) && call->sdp_->Read(*message, false) == 0) {
+    call->media_.SetTerms(*call->sdp_->Terms());
+    call->media_.Start();
+  }
 }
 
 // --- both
@@ -212,6 +219,9 @@ int SipCall::OnOffer(mbuf** body, const sip_msg* message, void* self) {
 
 int SipCall::OnAnswer(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
+  // The terms of the sound before the answer may hold on without being said again.
+  if (!HasBody(*message) && call->sdp_->Terms())
+    return 0;
   if (const int error = call->sdp_->Read(*message, false))
     return error;
   call->media_.SetTerms(*call->sdp_->Terms());
@@ -229,6 +239,7 @@ void SipCall::Connected() {
   ring_timer_.Stop();
   patience_.Stop();
   media_.Start();
+  media_.ExpectPeer();
   host_.Report({.kind = SipReport::Kind::Connected, .call = number_});
 }
 
@@ -263,6 +274,9 @@ void SipCall::DigitHeard(char digit) {
 }
 
 void SipCall::PeerLost() {
+  // A network that says nothing before the answer has lost nobody.
+  if (phase_ == Phase::Dialing)
+    return;
   Log("SIP line: nothing is heard of the other side any more; the call is ended");
   Over();
 }

@@ -95,6 +95,7 @@ private:
   bool outgoing_ = false;
   CallState reported_ = CallState::Unknown;
   int rings_ = 0;
+  std::string answer_lines_; // headers of the answer beside the usual ones
   std::unique_ptr<SdpNegotiation> sdp_;
   MediaSession media_;
   MonotonicTimer ring_timer_;

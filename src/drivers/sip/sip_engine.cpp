@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "drivers/sip/local_network.h"
+#include "drivers/sip/session_timer.h"
 #include "drivers/sip/sip_replies.h"
 #include "drivers/sip/sip_transports.h"
 
@@ -279,8 +280,8 @@ void SipEngine::Invited(const sip_msg& invite) {
     sip_treply(nullptr, Stack(), &invite, 486, "Busy Here");
     return;
   }
-  if (const sip_hdr* required = sip_msg_hdr(&invite, SIP_HDR_REQUIRE)) {
-    // Whatever extension a caller insists on, this line has none (RFC 3261 8.2.2.3).
+  if (!HasWhatIsRequired(invite)) {
+    const sip_hdr* required = sip_msg_hdr(&invite, SIP_HDR_REQUIRE);
     sip_treplyf(nullptr, nullptr, Stack(), &invite, false, 420, "Bad Extension",
                 "Unsupported: %r\r\nContent-Length: 0\r\n\r\n", &required->val);
     return;
