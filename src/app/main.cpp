@@ -17,6 +17,7 @@
 #include "core/store_file.h"
 #include "drivers/lines_file.h"
 #include "drivers/sip/sip_driver.h"
+#include "drivers/voice_modem/voice_modem_driver.h"
 #include "media/media_sound.h"
 #include "media/pulse/pulse_desk_stream.h"
 #include "media/pulse/pulse_sound_input.h"
@@ -64,6 +65,14 @@ std::string AddressBookReader(const std::string& executable) {
   if (const auto beside = folder / name; std::filesystem::exists(beside, error))
     return beside.string();
   return (folder / KELMIO_HELPERS / name).lexically_normal().string();
+}
+
+/// Where modems are looked for; another folder of devices stands in for trials with an emulated one.
+VoiceModemDriver::Options ModemOptions(const Surroundings& surroundings) {
+  VoiceModemDriver::Options options;
+  if (const auto folder = surroundings.variable("KELMIO_MODEM_DEVICES"); folder && !folder->empty())
+    options.folder = *folder;
+  return options;
 }
 
 /// X11 gives keys to whoever asks first, a Wayland desktop only by its portal.
@@ -117,6 +126,8 @@ int Run(QApplication& application) {
   SipLineDialog sip_dialog(windows);
   LineService lines(loop, sounds);
   lines.SetFormatDialog(&format_dialog);
+  lines.AddDriver(std::make_unique<VoiceModemDriver>(loop, LinesFile(app_path + "Lines.ini"), nullptr,
+                                                     ModemOptions(surroundings)));
   lines.AddDriver(std::make_unique<SipDriver>(loop, LinesFile(app_path + "Lines.ini"), sip_dialog));
 
   AppState app;

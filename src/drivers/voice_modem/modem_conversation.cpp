@@ -17,6 +17,7 @@ constexpr Seconds kAfterAnswer{1};
 constexpr Seconds kLead{0.16};
 constexpr Seconds kConnectLimit{5};
 constexpr Seconds kStopLimit{2};
+constexpr Seconds kOtherStopLimit{1};
 // A modem plays what its buffer holds before it says that it is done.
 constexpr Seconds kDrainLimit{4};
 constexpr Seconds kStall{2};
@@ -150,10 +151,11 @@ bool ModemConversation::Receive() {
 
 bool ModemConversation::StopListening() {
   ModemLink& link = house_.link;
-  // The first is what most take; a few want another one.
+  // The first is what most take; a few want another one, and get it at once.
+  Seconds limit = kStopLimit;
   for (const char code : {dle_command::kAbortRecord, dle_command::kEndRecord, dle_command::kEndDuplex}) {
     link.Send(DleCommand(code));
-    const Seconds end = house_.clock.Now() + kStopLimit;
+    const Seconds end = house_.clock.Now() + std::exchange(limit, kOtherStopLimit);
     bool final = false;
     while (!link.Gone() && !final && house_.clock.Now() < end) {
       link.Wait(end, [&] { return final = final || link.TakeStrayFinal().has_value(); });

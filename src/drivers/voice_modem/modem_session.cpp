@@ -13,6 +13,7 @@ using Seconds = ModemClock::Seconds;
 constexpr Seconds kCommandLimit{5};
 constexpr Seconds kTryLimit{1};
 constexpr int kTries = 3;
+constexpr Seconds kKnock{0.5};
 // A device that isn't there or doesn't answer is tried again this often; a word that it came back comes sooner.
 constexpr Seconds kReopenPeriod{5};
 constexpr Seconds kHealthPeriod{60};
@@ -280,7 +281,7 @@ bool ModemSession::Recover() {
   const auto knock = [&](const std::string& bytes) {
     link.Restart();
     link.Send(bytes);
-    link.Wait(clock_.Now() + kTryLimit);
+    link.Wait(clock_.Now() + kKnock);
     link.Restart();
   };
   // Out of a stream that is played, then out of a recording, then by the signal that hangs up.
