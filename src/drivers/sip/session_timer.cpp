@@ -1,5 +1,7 @@
 #include "drivers/sip/session_timer.h"
 
+#include <charconv>
+
 namespace kelmio {
 
 namespace {
@@ -24,7 +26,8 @@ std::string SessionTimerLines(const sip_msg& invite) {
                     sip_msg_hdr_has_value(&invite, SIP_HDR_REQUIRE, kTimer);
   if (!wanted || !able)
     return {};
-  const std::uint32_t seconds = pl_u32(&wanted->val);
+  std::uint32_t seconds = 0;
+  std::from_chars(wanted->val.p, wanted->val.p + wanted->val.l, seconds);
   pl refresher{};
   const bool left_to_us =
       msg_param_decode(&wanted->val, "refresher", &refresher) == 0 && pl_strcasecmp(&refresher, "uas") == 0;

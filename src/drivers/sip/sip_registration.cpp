@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <utility>
 
 #include "drivers/sip/dial_target.h"
@@ -43,7 +44,10 @@ std::string StatusText(const sip_msg& message) {
 
 seconds SecondsOf(const sip_msg& message, sip_hdrid header) {
   const sip_hdr* found = sip_msg_hdr(&message, header);
-  return seconds(found ? pl_u32(&found->val) : 0);
+  std::uint32_t count = 0;
+  if (found)
+    std::from_chars(found->val.p, found->val.p + found->val.l, count);
+  return seconds(count);
 }
 
 /// The session's library adds this mark by itself.

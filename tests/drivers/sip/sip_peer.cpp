@@ -93,7 +93,7 @@ std::string SipPeer::Sdp(std::string_view formats, std::string_view more) const 
 }
 
 std::string SipPeer::Head(const std::string& method, int sequence, const std::string& branch) const {
-  const std::string line = "sip:kelmio@127.0.0.1:" + std::to_string(line_port_);
+  const std::string line = "sip:" + callee + "@127.0.0.1:" + std::to_string(line_port_);
   const std::string own = "127.0.0.1:" + std::to_string(Port());
   return method + " " + line + " SIP/2.0\r\nVia: SIP/2.0/UDP " + own + ";branch=z9hG4bK" + branch +
          ";rport\r\nFrom: " + from + ";tag=peer" + std::to_string(dialog_) + "\r\nTo: <" + line + ">" +
@@ -138,14 +138,15 @@ void SipPeer::Bye() {
   Request("BYE");
 }
 
-void SipPeer::Reply(const SipText& request, int status, const std::string& reason, const std::string& body) {
+void SipPeer::Reply(const SipText& request, int status, const std::string& reason, const std::string& body,
+                    const std::string& headers) {
   std::string to = request.Header("To");
   if (to.find(";tag=") == std::string::npos)
     to += ";tag=callee";
   SendRaw("SIP/2.0 " + std::to_string(status) + " " + reason + "\r\nVia: " + request.Header("Via") +
           "\r\nFrom: " + request.Header("From") + "\r\nTo: " + to + "\r\nCall-ID: " + request.Header("Call-ID") +
           "\r\nCSeq: " + request.Header("CSeq") + "\r\nContact: <sip:test@127.0.0.1:" + std::to_string(Port()) +
-          ">\r\n" + (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
+          ">\r\n" + headers + (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 

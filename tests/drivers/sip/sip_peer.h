@@ -49,6 +49,7 @@ public:
 
   TestSocket rtp;
   std::string from = "\"Test\" <sip:test@127.0.0.1>";
+  std::string callee = "kelmio"; // the user it calls
   std::string more_headers; // of every request, each ending in CR LF
 
   std::uint16_t Port() const { return sip_.Port(); }
@@ -66,7 +67,8 @@ public:
   void Request(const std::string& method, const std::string& body = "", const std::string& extra = "");
 
   // As a callee, or towards a request of the line.
-  void Reply(const SipText& request, int status, const std::string& reason, const std::string& body = "");
+  void Reply(const SipText& request, int status, const std::string& reason, const std::string& body = "",
+             const std::string& headers = "");
 
   /// The next message, any.
   std::optional<SipText> Next(std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
