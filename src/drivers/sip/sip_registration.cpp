@@ -546,6 +546,13 @@ void SipRegistration::NetworkChanged(NetworkWatch::Change change) {
   Begin();
 }
 
+std::vector<std::string> SipRegistration::Routes() const {
+  // Where the first of several servers is down, a call would wait for it half a minute; so it is told the way.
+  if (routes_.empty() && target_ > 0)
+    return {"sip:" + ToText(Target().address)};
+  return routes_;
+}
+
 bool SipRegistration::IsRegistrar(const sa& source) const {
   return std::any_of(targets_.begin(), targets_.end(),
                      [&](const SipTarget& target) { return sa_cmp(&target.address, &source, SA_ADDR); });

@@ -58,7 +58,7 @@ public:
   /// The address under which the registrar reaches this line, as a URI; `local` is used until it has told.
   std::string ContactUri(const sa& local) const;
   /// What each request outside of a call has to pass, as URIs.
-  const std::vector<std::string>& Routes() const { return routes_; }
+  std::vector<std::string> Routes() const;
   /// Name and password for a challenge, as the library asks for them: for whatever the account's own server asks, and
   /// for what may come from elsewhere, where only those hear them who have asked for the registration too. The argument
   /// is the registration.
