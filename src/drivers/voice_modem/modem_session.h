@@ -20,6 +20,15 @@
 
 namespace kelmio {
 
+/// The call that rings or is up, on the modem's thread.
+struct ModemCall {
+  ModemCallNumber number = 0;
+  bool hang_up = false; // by this side
+  bool gone = false;    // the far end has hung up
+  bool joined = false;  // with the telephone beside the modem
+  std::shared_ptr<SoundPort> port{};
+};
+
 /// The public functions belong to the user interface thread. Reports come on the modem's thread, none once `Stop` has
 /// returned. A modem that doesn't answer, loses its class or is pulled out is set up again for as long as it takes.
 class ModemSession {
@@ -46,15 +55,6 @@ public:
 
 private:
   using Seconds = ModemClock::Seconds;
-
-  /// The call that rings or is up.
-  struct Call {
-    ModemCallNumber number = 0;
-    bool hang_up = false; // by this side
-    bool gone = false;    // the far end has hung up
-    bool joined = false;  // with the telephone beside the modem
-    std::shared_ptr<SoundPort> port;
-  };
 
   // Modem's thread.
   void Run();
@@ -105,7 +105,7 @@ private:
   bool armed_ = false;
   bool stirred_ = false; // something came that may be due for a look
   RingWatch rings_;
-  std::optional<Call> call_;
+  std::optional<ModemCall> call_;
   bool answer_ = false;
   std::optional<std::string> dial_;
   bool off_hook_ = false;

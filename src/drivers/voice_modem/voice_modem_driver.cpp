@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kFirstLimit{4000};
 
 } // namespace
 
-VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigDialog* dialog, Options options)
+VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigDialog* dialog, const Options& options)
     : house_{.loop = loop,
              .file = std::move(file),
              .dialog = dialog,

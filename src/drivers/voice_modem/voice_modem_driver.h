@@ -26,7 +26,7 @@ public:
   };
 
   /// `loop` and `dialog`, which may be null, outlive the driver and its lines.
-  VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigDialog* dialog, Options options);
+  VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigDialog* dialog, const Options& options);
   ~VoiceModemDriver() override;
 
   /// The first time, waits for modems of which nothing is known yet: up to some four seconds, and only if there are

@@ -174,7 +174,7 @@ public:
   virtual std::vector<std::shared_ptr<LineDevice>> Lines() = 0;
   /// `changed` runs on the user interface thread, from a closure of its own, when `Lines` gives others than before or a
   /// line that couldn't be opened may be opened now. An empty function ends it.
-  virtual void Watch(std::function<void()> changed) { static_cast<void>(changed); }
+  virtual void Watch(std::function<void()> /*changed*/) {} // NOLINT(performance-unnecessary-value-param): kept by most
 };
 
 } // namespace kelmio

@@ -19,7 +19,7 @@ using emulated::HangUpSign;
 using emulated::ModemEmulator;
 using emulated::Samples;
 
-constexpr double kSpeed = 12;
+constexpr double kSpeed = 6;
 
 /// Says what it is given, and keeps what it hears.
 class Voice : public SoundPort {
@@ -97,10 +97,11 @@ public:
   void Log(const std::string& text) override { log.push_back(text); }
 
   bool Ready() const { return line->Status().health == LineStatus::Health::Ready && call == nullptr; }
-  /// Seconds of the modem.
+  /// Seconds of the modem, and one of this computer's for a slow moment.
   bool Within(double seconds, const std::function<bool()>& done) {
-    return loop.RunUntil(done, std::chrono::milliseconds(static_cast<long>(seconds * 1000 / kSpeed)));
+    return loop.RunUntil(done, std::chrono::milliseconds(static_cast<long>(seconds * 1000 / kSpeed) + 1000));
   }
+  void Pass(double seconds) { loop.RunFor(std::chrono::milliseconds(static_cast<long>(seconds * 1000 / kSpeed))); }
   bool Listening() const { return modem.Streaming() == emulated::Modem::Stream::Record; }
 
   LoopOfTest loop;
@@ -194,7 +195,7 @@ TEST(ModemCalls, DialsAndTellsWhatBecameOfIt) {
 
   house.modem.WhenDialled({Kind::NeverAnswers, 0});
   house.call = house.line->MakeCall("5551234");
-  house.Within(8, [] { return false; });
+  house.Pass(8);
   house.call->Hangup();
   ASSERT_TRUE(house.Within(20, [&] { return house.ended == 3 && house.Ready(); })) << house.modem.Transcript();
   EXPECT_FALSE(house.modem.OffHook());
@@ -223,7 +224,7 @@ TEST(ModemCalls, ComesBackWhereverItIsPulledOut) {
 /// The short form; KELMIO_CALLS=500 is the long one.
 TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
   const char* const wanted = std::getenv("KELMIO_CALLS");
-  const int calls = wanted ? std::atoi(wanted) : 16;
+  const int calls = wanted ? std::atoi(wanted) : 10;
   struct Fault {
     int number;
     const char* detail;
@@ -248,11 +249,11 @@ TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
     house.modem.Ring({.number = std::to_string(5550000 + i)});
     ASSERT_TRUE(house.Within(15, [&] { return house.begun > begun; })) << house.modem.Transcript();
     house.Within(30, [&] { return house.call == nullptr || (house.connected && house.Listening()); });
-    house.Within(2 + static_cast<double>(random() % 3), [&] { return house.call == nullptr; });
+    house.Pass(2 + static_cast<double>(random() % 3));
     if (random() % 2 == 0 || house.call == nullptr)
       house.modem.HangUp();
     // What a caller leaves without a sign is ended from this side, as the program does on silence.
-    house.Within(4, [&] { return house.call == nullptr; });
+    house.Pass(1);
     if (house.call)
       house.call->Hangup();
     house.modem.HangUp();
@@ -268,6 +269,9 @@ TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
     }
     if (::testing::Test::HasFailure())
       break;
+    // An exchange doesn't ring in the moment in which the line is put down, and a call that rang falsely and was
+    // refused is over when it has been quiet for as long as rings are apart.
+    house.Pass(fault.number == 5 ? 9 : 1);
   }
   EXPECT_TRUE(house.Within(90, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
   EXPECT_EQ(house.begun, house.ended);
