@@ -64,7 +64,7 @@ ModemLink::Sinks ModemSession::LinkSinks() {
 RingWatch::Events ModemSession::RingEvents() {
   using Kind = ModemReport::Kind;
   return {[this] {
-            call_.emplace();
+            call_ = Call();
             call_->number = NextCallNumber();
             Report({.kind = Kind::NewCall, .call = call_->number});
           },
@@ -215,7 +215,7 @@ void ModemSession::Execute(ModemCommand& command) {
       Report({.kind = ModemReport::Kind::Disconnected, .call = command.call});
       return;
     }
-    call_.emplace();
+    call_ = Call();
     call_->number = command.call;
     dial_ = command.text;
   } else if (call_ && call_->number == command.call) {
