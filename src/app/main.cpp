@@ -39,6 +39,7 @@
 #include "qt/qt_windows.h"
 #include "qt/unix_signals.h"
 #include "qt/xdg_auto_start.h"
+#include "settings_ui/dialogs/modem_line_dialog.h"
 #include "settings_ui/dialogs/sip_line_dialog.h"
 #include "settings_ui/dialogs/wave_format_dialog.h"
 #include "shell/frmMain.h"
@@ -123,10 +124,11 @@ int Run(QApplication& application) {
   MediaSoundFactory sounds(loop, &desk);
   PulseWaveImagePlayer wave_images;
   WaveFormatDialog format_dialog(windows);
-  SipLineDialog sip_dialog(windows);
+  ModemLineDialog modem_dialog(windows);
+  SipLineDialog sip_dialog(windows, file_picker);
   LineService lines(loop, sounds);
   lines.SetFormatDialog(&format_dialog);
-  lines.AddDriver(std::make_unique<VoiceModemDriver>(loop, LinesFile(app_path + "Lines.ini"), nullptr,
+  lines.AddDriver(std::make_unique<VoiceModemDriver>(loop, LinesFile(app_path + "Lines.ini"), &modem_dialog,
                                                      ModemOptions(surroundings)));
   lines.AddDriver(std::make_unique<SipDriver>(loop, LinesFile(app_path + "Lines.ini"), sip_dialog));
 

@@ -67,6 +67,8 @@ public:
   Property<std::string> Text{*this};
   Property<bool> Enabled{*this, true};
   Property<bool> Locked{*this, false};
+  /// Anything but 0 hides what stands in a box of one line; the view may have a sign of its own for it.
+  Property<char> PasswordChar{*this, '\0'};
   Property<Color> BackColor{*this, 0xFFFFFF};
   Property<std::size_t> SelStart{*this};
   Property<std::size_t> SelLength{*this};

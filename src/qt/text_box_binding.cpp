@@ -115,6 +115,13 @@ public:
   }
 
 protected:
+  void Show() override {
+    const auto mode = model_.PasswordChar == '\0' ? QLineEdit::Normal : QLineEdit::Password;
+    if (widget_.echoMode() != mode)
+      widget_.setEchoMode(mode);
+    TextBoxBinding::Show();
+  }
+
   void SetAll(const QString& text) override { widget_.setText(text); }
   void Append(const QString& text) override { widget_.setText(widget_.text() + text); }
   void Select(int start, int length) override {

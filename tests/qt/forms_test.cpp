@@ -9,11 +9,14 @@
 #include "contacts/frmContact.h"
 #include "contacts/frmContacts.h"
 #include "drivers/sip/sip_line.h"
+#include "drivers/voice_modem/voice_modem_line.h"
 #include "messages/folder_name_window.h"
 #include "messages/frmFolderPicker.h"
 #include "qt/binder.h"
 #include "qt/command_icons.h"
 #include "qt/form_factory.h"
+#include "settings_ui/dialogs/frmModemLine.h"
+#include "settings_ui/dialogs/frmSipAccount.h"
 #include "settings_ui/dialogs/frmSipLine.h"
 #include "settings_ui/dialogs/frmWaveFormat.h"
 #include "support/desk.h"
@@ -52,6 +55,13 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   SipLine line(desk.loop, SipSettings{});
   frmSipLine sip_line(line);
   ExpectALayout(sip_line);
+  FakeFilePicker files;
+  frmSipAccount sip_account(line, files);
+  ExpectALayout(sip_account);
+  VoiceModemLine::House modems{.loop = desk.loop, .file = LinesFile(desk.home.Path() + "Lines.ini")};
+  VoiceModemLine modem(modems, "Modem", ModemSettings{});
+  frmModemLine modem_line(modem);
+  ExpectALayout(modem_line);
   frmWaveFormat wave_format("Wave format selection", WaveFormatRecord{});
   ExpectALayout(wave_format);
   std::vector<std::string> opened;

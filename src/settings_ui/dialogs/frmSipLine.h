@@ -1,15 +1,13 @@
 // Sets a SIP line up: who may call, where, and with which codecs.
 #pragma once
 
-#include <cstddef>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "controls/basic_controls.h"
 #include "controls/form.h"
 #include "controls/list_view.h"
 #include "drivers/sip/sip_config_dialog.h"
+#include "settings_ui/dialogs/codec_choice.h"
 
 namespace kelmio {
 
@@ -40,25 +38,14 @@ public:
   void VisitControls(ControlVisitor& visitor) override;
 
 private:
-  struct Codec {
-    AudioCoding coding;
-    bool used;
-  };
-
   void cmdTest_Click();
   void cmdOK_Click();
-  void cmdCodecUse_Click();
-  /// Swaps the selected codec with the one `by` rows below.
-  void MoveCodec(int by);
-  void ShowCodecs(std::size_t selected);
-  void EnableCodecButtons();
-  Codec* SelectedCodec();
 
   /// What the controls say; nothing, and a word to the user, when they say nonsense.
   std::optional<SipSettings> Entered();
 
   SipConfiguration& line_;
-  std::vector<Codec> codecs_; // in the order of the rows
+  CodecChoice codecs_{{lvwCodecs, cmdCodecUp, cmdCodecDown, cmdCodecUse}};
 };
 
 } // namespace kelmio

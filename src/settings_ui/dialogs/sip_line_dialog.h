@@ -6,14 +6,16 @@
 
 namespace kelmio {
 
-/// User interface thread only. `windows` outlives it.
+/// One window for accounts, and one for the line that is called directly. User interface thread only. `windows` and
+/// `files` outlive it.
 class SipLineDialog : public SipConfigDialog {
 public:
-  explicit SipLineDialog(Windows& windows) : windows_(windows) {}
+  SipLineDialog(Windows& windows, FilePicker& files) : windows_(windows), files_(files) {}
   void Show(SipConfiguration& line) override;
 
 private:
   Windows& windows_;
+  FilePicker& files_;
 };
 
 } // namespace kelmio
