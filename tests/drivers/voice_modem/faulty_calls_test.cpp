@@ -247,7 +247,8 @@ TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
     const int begun = house.begun;
     house.modem.SetFault(fault.number, fault.detail);
     house.modem.Ring({.number = std::to_string(5550000 + i)});
-    ASSERT_TRUE(house.Within(15, [&] { return house.begun > begun; })) << house.modem.Transcript();
+    // What a modem said in the moment in which it was pulled out may be lost with it.
+    ASSERT_TRUE(house.Within(15, [&] { return house.begun > begun || !house.Ready(); })) << house.modem.Transcript();
     house.Within(30, [&] { return house.call == nullptr || (house.connected && house.Listening()); });
     house.Pass(2 + static_cast<double>(random() % 3));
     if (random() % 2 == 0 || house.call == nullptr)
