@@ -24,15 +24,15 @@ constexpr mode_t kOwnerOnly = 0600;
 constexpr long kShortestExpires = 60;
 constexpr long kLongestExpires = 86'400;
 
-template <typename Choice> struct Named {
-  Choice choice;
-  std::string_view name;
-};
-constexpr std::array kTransports{Named{SipTransport::Automatic, "automatic"}, Named{SipTransport::Udp, "udp"},
-                                 Named{SipTransport::Tcp, "tcp"}, Named{SipTransport::Tls, "tls"}};
-constexpr std::array kEncryptions{Named{SipEncryption::Preferred, "preferred"},
-                                  Named{SipEncryption::Required, "required"}, Named{SipEncryption::Off, "off"}};
-constexpr std::array kYesOrNo{Named{true, "yes"}, Named{false, "no"}};
+/// What can be chosen, and how it is written.
+template <typename Choice> using Named = std::pair<Choice, std::string_view>;
+constexpr std::array<Named<SipTransport>, 4> kTransports{{{SipTransport::Automatic, "automatic"},
+                                                          {SipTransport::Udp, "udp"},
+                                                          {SipTransport::Tcp, "tcp"},
+                                                          {SipTransport::Tls, "tls"}}};
+constexpr std::array<Named<SipEncryption>, 3> kEncryptions{
+    {{SipEncryption::Preferred, "preferred"}, {SipEncryption::Required, "required"}, {SipEncryption::Off, "off"}}};
+constexpr std::array<Named<bool>, 2> kYesOrNo{{{true, "yes"}, {false, "no"}}};
 
 char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -44,9 +44,9 @@ bool EqualNames(std::string_view a, std::string_view b) {
 
 template <typename Choice, std::size_t count>
 std::string NameIn(const std::array<Named<Choice>, count>& names, Choice choice) {
-  for (const auto& named : names)
-    if (named.choice == choice)
-      return std::string(named.name);
+  for (const auto& [known, name] : names)
+    if (known == choice)
+      return std::string(name);
   return {};
 }
 
@@ -72,9 +72,9 @@ public:
     const std::string text = Text(key);
     if (text.empty())
       return;
-    for (const auto& named : names) {
-      if (EqualNames(named.name, text)) {
-        value = named.choice;
+    for (const auto& [known, name] : names) {
+      if (EqualNames(name, text)) {
+        value = known;
         return;
       }
     }

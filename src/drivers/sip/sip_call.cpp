@@ -168,6 +168,7 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
     if (host_.Registration() && !own_server && routes.empty())
       routes.push_back("sip:" + ParseServerName(host_.Settings().account->server).value_or(ServerName{}).Text());
     std::vector<const char*> route_texts;
+    route_texts.reserve(routes.size());
     for (const std::string& route : routes)
       route_texts.push_back(route.c_str());
     sip_auth_h* const credentials = own_server ? &SipRegistration::Credentials : &SipRegistration::CredentialsBeyond;
