@@ -49,12 +49,12 @@ void SignalWatch::ProcessBlock() {
     sink_.HeardDigit(digit);
 
   const ToneDetector::Finding tone = tones_.Process(block_);
-  if (tone.busy)
+  if (howler_.Process(block_) || tone.busy)
     sink_.HeardBusyTone();
   if (tone.steady_hertz != 0 && watching_)
     sink_.HeardTone(tone.steady_hertz);
 
-  VoiceDetector::State state = voice_.Process(block_);
+  VoiceDetector::State state = voice_.Process(block_, tones_.Follows());
   if (near_ == VoiceDetector::State::Voice)
     state = VoiceDetector::State::Voice;
   if (!watching_ || state == told_)

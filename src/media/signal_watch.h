@@ -6,6 +6,7 @@
 #include <span>
 
 #include "media/dtmf_detector.h"
+#include "media/howler_detector.h"
 #include "media/tone_detector.h"
 #include "media/voice_detector.h"
 
@@ -22,8 +23,12 @@ public:
   virtual void HeardDigit(char digit) = 0;
 };
 
-/// Busy tone and digits are always told; silence, voice and steady tones only while watched. It listens all
-/// the time, so that a watch that begins in the middle of a call knows the noise of the line at once.
+/// Busy tone and digits are always told; silence, voice and steady tones only while watched. Congestion tone and the
+/// howler of a handset left off count as busy tone. It listens all the time, so that a watch that begins in the middle
+/// of a call knows the noise of the line at once.
+///
+/// A tone is no voice. An exchange may give dial tone to a line whose caller has hung up, and the call ends as in
+/// silence; but one who records at the handset hears it before he dials, so it ends nothing at once.
 ///
 /// What is said on this side counts as voice as well: while the user speaks, the call isn't silent.
 /// One thread at a time; allocates only when made.
@@ -49,6 +54,7 @@ private:
   SignalSink& sink_;
   VoiceDetector voice_;
   ToneDetector tones_;
+  HowlerDetector howler_;
   DtmfDetector digits_;
   Block block_{};
   std::size_t filled_ = 0;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 
+#include "media/biquad.h"
 #include "media/tone_spectrum.h"
 
 namespace kelmio {
@@ -16,6 +17,8 @@ namespace kelmio {
 /// country. One thread at a time; no allocation.
 class ToneDetector {
 public:
+  ToneDetector();
+
   static constexpr std::size_t kBlock = 80; // 10 ms at 8000 samples per second
 
   struct Finding {
@@ -23,6 +26,8 @@ public:
     int steady_hertz = 0; // strongest frequency of a steady tone just recognised, else 0; once a tone
   };
   Finding Process(std::span<const std::int16_t, kBlock> block);
+  /// Whether a tone sounds now, or did a moment ago in what may be a cadence.
+  bool Follows() const { return phase_ != Phase::Idle; }
 
 private:
   static constexpr std::size_t kWindowBlocks = ToneSpectrum::kWindow / kBlock;
@@ -33,24 +38,30 @@ private:
     int off = 0;
   };
 
-  void Idle(double level);
-  Finding On(double level);
-  Finding Off(double level);
+  bool IsLevel() const;
+  void Idle();
+  Finding On();
+  Finding Off();
+  bool IsPresent() const;
+  /// True when too much at once doesn't fit what is followed, which then is forgotten.
+  bool IsTooOdd(bool fits);
   void Reset();
   bool IsBusy() const;
 
+  Biquad high_pass_;
   ToneSpectrum spectrum_;
   std::array<float, ToneSpectrum::kWindow> recent_{};
-  std::array<double, kWindowBlocks> levels_{}; // of the blocks in `recent_`, in decibels
+  std::array<double, 2 * kWindowBlocks> powers_{}; // mean squares of the latest blocks, the last four in `recent_`
 
   Phase phase_ = Phase::Idle;
   TonePair tone_;         // what is followed while not idle,
-  double tone_level_ = 0; // and its level in decibels
+  double tone_power_ = 0; // and its mean square
+  double hertz_ = 0;      // its strongest frequency, as heard last
   Turn turn_;
-  std::array<Turn, 4> turns_{}; // completed ones, newest first
+  std::array<Turn, 6> turns_{}; // completed ones, newest first
   int turn_count_ = 0;
   int loud_run_ = 0;   // blocks on end at the tone's level
-  int odd_blocks_ = 0; // blocks that don't fit the tone
+  int odd_blocks_ = 0; // blocks on end that don't fit the tone
   bool busy_told_ = false;
   bool steady_told_ = false;
 };

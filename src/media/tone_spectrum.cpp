@@ -20,6 +20,10 @@ constexpr double kPairShare = 0.1;
 constexpr double kLeastPower = 3000.0;
 constexpr double kSameHertz = 15.0;
 
+std::size_t LobeBegin(std::size_t peak) {
+  return peak < kLobe ? 0 : peak - kLobe;
+}
+
 } // namespace
 
 bool IsSameTone(const TonePair& a, const TonePair& b) {
@@ -34,7 +38,7 @@ ToneSpectrum::ToneSpectrum() {
     coefficients_[bin] = 2 * std::cos(kTurn * static_cast<double>(bin + kFirstBin));
 }
 
-std::optional<TonePair> ToneSpectrum::Analyse(std::span<const float, kWindow> samples) const {
+void ToneSpectrum::Look(std::span<const float, kWindow> samples) {
   std::array<double, kWindow> shaped{};
   double total = 0;
   for (std::size_t i = 0; i < kWindow; ++i) {
@@ -42,57 +46,75 @@ std::optional<TonePair> ToneSpectrum::Analyse(std::span<const float, kWindow> sa
     total += shaped[i] * shaped[i];
   }
   constexpr double kShapePower = 0.375; // mean square of the window's shape
-  if (total < kLeastPower * kShapePower * static_cast<double>(kWindow))
-    return std::nullopt;
-
+  power_ = total / (kShapePower * static_cast<double>(kWindow));
+  if (power_ < kLeastPower)
+    return;
   // Goertzel: the power of each bin, as its share of the whole (by Parseval, both halves of the spectrum).
-  std::array<double, kBins> share{};
-  for (std::size_t bin = 0; bin < kBins; ++bin) {
-    double s1 = 0;
-    double s2 = 0;
-    for (const double sample : shaped) {
-      const double s0 = sample + coefficients_[bin] * s1 - s2;
-      s2 = s1;
-      s1 = s0;
+  std::array<double, kBins> s1{};
+  std::array<double, kBins> s2{};
+  for (const double sample : shaped) {
+    for (std::size_t bin = 0; bin < kBins; ++bin) {
+      const double s0 = sample + coefficients_[bin] * s1[bin] - s2[bin];
+      s2[bin] = s1[bin];
+      s1[bin] = s0;
     }
-    const double power = s1 * s1 + s2 * s2 - coefficients_[bin] * s1 * s2;
-    share[bin] = power * 2 / (static_cast<double>(kWindow) * total);
   }
+  for (std::size_t bin = 0; bin < kBins; ++bin) {
+    const double power = s1[bin] * s1[bin] + s2[bin] * s2[bin] - coefficients_[bin] * s1[bin] * s2[bin];
+    share_[bin] = power * 2 / (static_cast<double>(kWindow) * total);
+  }
+}
 
-  const auto lobe_begin = [](std::size_t peak) { return peak < kLobe ? 0 : peak - kLobe; };
-  const auto lobe_end = [](std::size_t peak) { return std::min(peak + kLobe + 1, kBins); };
-  const auto lobe_share = [&](std::size_t peak) {
-    double sum = 0;
-    for (std::size_t bin = lobe_begin(peak); bin < lobe_end(peak); ++bin)
-      sum += share[bin];
-    return sum;
-  };
-  const auto hertz = [&](std::size_t peak) {
-    // For this window's shape the magnitudes beside the peak give the exact place between the bins.
-    const double middle = std::sqrt(share[peak]);
-    const double left = peak > 0 ? std::sqrt(share[peak - 1]) : 0;
-    const double right = peak + 1 < kBins ? std::sqrt(share[peak + 1]) : 0;
-    const double ratio = std::max(left, right) / middle;
-    const double shift = (2 * ratio - 1) / (1 + ratio);
-    const double place = static_cast<double>(peak + kFirstBin) + (right > left ? shift : -shift);
-    return place * kBinHertz;
-  };
+double ToneSpectrum::LobeShare(std::size_t peak) const {
+  double sum = 0;
+  for (std::size_t bin = LobeBegin(peak); bin < std::min(peak + kLobe + 1, kBins); ++bin)
+    sum += share_[bin];
+  return sum;
+}
 
-  const auto first = static_cast<std::size_t>(std::max_element(share.begin(), share.end()) - share.begin());
-  const double first_share = lobe_share(first);
-  TonePair tones{hertz(first), 0, hertz(first)};
-  double tone_share = first_share;
+double ToneSpectrum::HertzAt(std::size_t peak) const {
+  // For this window's shape the magnitudes beside the peak give the exact place between the bins.
+  const double middle = std::sqrt(share_[peak]);
+  const double left = peak > 0 ? std::sqrt(share_[peak - 1]) : 0;
+  const double right = peak + 1 < kBins ? std::sqrt(share_[peak + 1]) : 0;
+  const double ratio = std::max(left, right) / middle;
+  const double shift = (2 * ratio - 1) / (1 + ratio);
+  const double place = static_cast<double>(peak + kFirstBin) + (right > left ? shift : -shift);
+  return place * kBinHertz;
+}
 
-  std::array<double, kBins> rest = share;
-  std::fill(rest.begin() + static_cast<std::ptrdiff_t>(lobe_begin(first)),
-            rest.begin() + static_cast<std::ptrdiff_t>(lobe_end(first)), 0.0);
+double ToneSpectrum::PowerOf(const TonePair& tones) const {
+  if (power_ < kLeastPower)
+    return 0;
+  std::array<bool, kBins> belongs{};
+  for (const double hertz : {tones.low, tones.high}) {
+    const auto bin = static_cast<std::size_t>(std::lround(std::max(hertz / kBinHertz, 1.0 * kFirstBin))) - kFirstBin;
+    for (std::size_t i = LobeBegin(bin); hertz > 0 && i < std::min(bin + kLobe + 1, kBins); ++i)
+      belongs[i] = true;
+  }
+  double sum = 0;
+  for (std::size_t bin = 0; bin < kBins; ++bin)
+    sum += belongs[bin] ? share_[bin] : 0;
+  return sum * power_;
+}
+
+std::optional<TonePair> ToneSpectrum::Tones() const {
+  if (power_ < kLeastPower)
+    return std::nullopt;
+  const auto first = static_cast<std::size_t>(std::max_element(share_.begin(), share_.end()) - share_.begin());
+  TonePair tones{HertzAt(first), 0, HertzAt(first)};
+  double tone_share = LobeShare(first);
+
+  std::array<double, kBins> rest = share_;
+  for (std::size_t bin = LobeBegin(first); bin < std::min(first + kLobe + 1, kBins); ++bin)
+    rest[bin] = 0;
   const auto second = static_cast<std::size_t>(std::max_element(rest.begin(), rest.end()) - rest.begin());
-  const bool is_peak = rest[second] >= kPairShare * share[first];
+  const bool is_peak = rest[second] >= kPairShare * share_[first];
   if (is_peak) {
-    const double other = hertz(second);
+    const double other = HertzAt(second);
     tones.low = std::min(tones.strongest, other);
     tones.high = std::max(tones.strongest, other);
-    tone_share += lobe_share(second);
+    tone_share = PowerOf(tones) / power_;
   }
   if (tone_share < kPureShare || tones.low < kLowestTone || std::max(tones.low, tones.high) > kHighestTone)
     return std::nullopt;

@@ -25,15 +25,26 @@ public:
   static constexpr std::size_t kWindow = 320; // 40 ms at 8000 samples per second
 
   ToneSpectrum();
+  /// The window that the rest is about.
+  void Look(std::span<const float, kWindow> samples);
   /// Nothing unless almost all power of the window is in one or two steady frequencies of the range.
-  std::optional<TonePair> Analyse(std::span<const float, kWindow> samples) const;
+  std::optional<TonePair> Tones() const;
+  /// Mean square of the window, and of the part of it that lies at the frequencies of `tones`.
+  double Power() const { return power_; }
+  double PowerOf(const TonePair& tones) const;
 
 private:
+  /// The share of all power that belongs to a tone at this bin.
+  double LobeShare(std::size_t peak) const;
+  double HertzAt(std::size_t peak) const;
+
   static constexpr std::size_t kFirstBin = 11; // 275 Hz
-  static constexpr std::size_t kBins = 19;     // up to 725 Hz, in steps of 25 Hz
+  static constexpr std::size_t kBins = 20;     // up to 750 Hz, in steps of 25 Hz
 
   std::array<float, kWindow> shape_{};
   std::array<double, kBins> coefficients_{};
+  double power_ = 0;
+  std::array<double, kBins> share_{}; // of each bin in the whole power
 };
 
 } // namespace kelmio

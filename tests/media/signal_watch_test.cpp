@@ -72,9 +72,9 @@ TEST(SignalWatch, TellsSilenceAtOnceAndAfterAShortHangover) {
 TEST(SignalWatch, AWatchThatBeginsLateTellsThePresentState) {
   Listener listener;
   listener.Watch().StopWatching();
-  EXPECT_EQ(listener.Hear(Noise(-50, 3) + Speech(-25, 2)), "");
+  EXPECT_EQ(listener.Hear(Noise(-50, 3) + Mix(Speech(-25, 2), Noise(-50, 2))), "");
   listener.Watch().StartWatching();
-  EXPECT_EQ(listener.Hear(Speech(-25, 1)), "V");
+  EXPECT_EQ(listener.Hear(Mix(Speech(-25, 1), Noise(-50, 1))), "V");
   EXPECT_EQ(listener.Hear(Noise(-50, 1)), "S");
   listener.Watch().StartWatching();
   EXPECT_EQ(listener.Hear(Noise(-50, 0.02)), "S");
@@ -147,11 +147,13 @@ TEST(SignalWatch, KnowsBusyToneOfManyCountriesOnce) {
                               {"Nordic congestion", {425}, 0.25, 0.25},
                               {"China", {450}, 0.35, 0.35},
                               {"congestion 0.2/0.3", {425}, 0.2, 0.3},
-                              {"India, uneven", {400}, 0.75, 0.75}};
+                              {"India, uneven", {400}, 0.75, 0.75},
+                              {"handset left off", {1400, 2060, 2450, 2600}, 0.1, 0.1}};
   for (const Cadence& cadence : cadences) {
     SCOPED_TRACE(cadence.name);
     for (const double level : {-12.0, -32.0}) {
-      const Samples tone = Repeat(Sines(cadence.hertz, level, cadence.on) + Quiet(cadence.off), 10);
+      const int turns = cadence.on < 0.15 ? 20 : 10;
+      const Samples tone = Repeat(Sines(cadence.hertz, level, cadence.on) + Quiet(cadence.off), turns);
       Listener listener;
       EXPECT_EQ(listener.Tones(Speech(-20, 3) + Quiet(0.4) + ThroughMuLaw(Mix(tone, Noise(-55, 15)))), "B");
       EXPECT_EQ(listener.Tones(Quiet(3) + tone), "B") << "a second occurrence";
@@ -165,6 +167,7 @@ TEST(SignalWatch, OtherTonesAreNotBusy) {
   Listener dial;
   EXPECT_EQ(dial.Tones(Sines({350, 440}, -16, 6)), "T");
   EXPECT_TRUE(std::abs(dial.Hertz() - 350) <= 5 || std::abs(dial.Hertz() - 440) <= 5) << dial.Hertz();
+  EXPECT_EQ(Listener().Hear(Quiet(2) + Sines({425}, -16, 6)), "ST") << "what a caller's silence ends in is no voice";
   Listener single;
   EXPECT_EQ(single.Tones(Sines({425}, -16, 6)), "T");
   EXPECT_NEAR(single.Hertz(), 425, 3);

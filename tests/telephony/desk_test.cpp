@@ -131,7 +131,7 @@ TEST(DeskMicrophone, IsRecordedWhenTheUserRecordsWithNoCall) {
   desk.form.RecordCallManual();
   desk.Run();
   EXPECT_EQ(house.microphone.starts, 1);
-  house.Hum(5000);
+  house.Hum(3000);
   ASSERT_EQ(desk.Messages().size(), 1U);
   EXPECT_TRUE(house.Open()) << "the user speaks: this is no silence that ends a recording";
   desk.form.StopRecord();

@@ -35,7 +35,7 @@ public:
   virtual void Voice() = 0;
   /// A steady call progress tone other than busy began; its strongest frequency in hertz.
   virtual void Tone(int hertz) = 0;
-  /// Busy or congestion tone, by its cadence.
+  /// Busy or congestion tone, by its cadence, or the howler of a handset left off.
   virtual void BusyTone() = 0;
   /// A digit heard in the sound.
   virtual void Digit(char digit) = 0;
