@@ -90,11 +90,14 @@ void ModemConversation::SendFrame() {
   }
   std::string coded;
   EncodeVoice(house_.format, frame, coded);
+  sent_ += coded.size();
   house_.link.Send(ShieldSamples(coded));
 }
 
 bool ModemConversation::StopPlaying(Stop how) {
   ModemLink& link = house_.link;
+  if (const std::size_t sent = std::exchange(sent_, 0); sent > 0)
+    link.Trace("> " + std::to_string(sent) + " bytes of sound");
   if (how == Stop::Drop) {
     link.DropUnsent();
     link.Send(std::string(1, kFiller) + DleCommand(dle_command::kDropPlay));

@@ -57,7 +57,8 @@ private:
   std::vector<std::int16_t> samples_; // not yet a frame
   std::vector<std::int16_t> early_;   // what the port gave when nothing was expected of it
   Seconds last_sound_{0};
-  int failures_ = 0; // streams that ended by themselves, in a row
+  std::size_t sent_ = 0; // bytes of sound, of this playing
+  int failures_ = 0;     // streams that ended by themselves, in a row
 };
 
 } // namespace kelmio

@@ -14,6 +14,8 @@ namespace {
 
 // A device that has come gets its name and its rights a moment later.
 constexpr std::chrono::milliseconds kSettle{300};
+// A program that lets go of a device tells nobody.
+constexpr ModemClock::Seconds kLookForFree{5};
 
 /// The name under `serial/by-id` that leads to `device`; nothing for a device without a serial number.
 std::filesystem::path NameBySerial(const std::string& folder, const std::string& device) {
@@ -35,10 +37,7 @@ ModemFinder::ModemFinder(Options options, std::function<void()> news)
       asked_(options_.known), thread_([this] { Run(); }) {}
 
 ModemFinder::~ModemFinder() {
-  {
-    const std::lock_guard lock(mutex_);
-    quit_ = true;
-  }
+  quit_ = true;
   wake_.Wake();
   thread_.join();
 }
@@ -51,6 +50,19 @@ std::vector<FoundModem> ModemFinder::Take() {
 void ModemFinder::WaitForFirst(std::chrono::milliseconds limit) {
   std::unique_lock lock(mutex_);
   first_done_.wait_for(lock, limit, [this] { return !first_; });
+}
+
+void ModemFinder::AwaitFree(const std::string& port) {
+  {
+    const std::lock_guard lock(mutex_);
+    awaited_.insert(port);
+  }
+  wake_.Wake();
+}
+
+void ModemFinder::DontAwait(const std::string& port) {
+  const std::lock_guard lock(mutex_);
+  awaited_.erase(port);
 }
 
 std::vector<FoundModem> ModemFinder::Devices() const {
@@ -72,15 +84,23 @@ void ModemFinder::Run() {
     first_ = false;
   }
   first_done_.notify_all();
-  for (;;) {
-    std::array<pollfd, 2> waited{pollfd{watch_.Descriptor(), POLLIN, 0}, pollfd{wake_.Descriptor(), POLLIN, 0}};
-    if (::poll(waited.data(), waited.size(), -1) < 0)
-      continue;
+  while (!quit_) {
+    bool looks = one_in_use_;
     {
       const std::lock_guard lock(mutex_);
-      if (quit_)
-        return;
+      looks = looks || !awaited_.empty();
     }
+    const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(clock_.Real(kLookForFree));
+    std::array<pollfd, 2> waited{pollfd{watch_.Descriptor(), POLLIN, 0}, pollfd{wake_.Descriptor(), POLLIN, 0}};
+    const int ready = ::poll(waited.data(), waited.size(), looks ? static_cast<int>(limit.count()) : -1);
+    if (ready == 0) {
+      AskNewOnes();
+      if (LookForFreeOnes())
+        news_();
+    }
+    if (ready <= 0)
+      continue;
+    wake_.Clear();
     if (!watch_.Changed())
       continue;
     pollfd quit{wake_.Descriptor(), POLLIN, 0};
@@ -91,19 +111,35 @@ void ModemFinder::Run() {
   }
 }
 
+bool ModemFinder::LookForFreeOnes() {
+  std::set<std::string> ports;
+  {
+    const std::lock_guard lock(mutex_);
+    ports = awaited_;
+  }
+  bool found = false;
+  for (const std::string& port : ports) {
+    if (OpenSerialPort(port, options_.lock_folder).trouble == PortTrouble::InUse)
+      continue;
+    DontAwait(port);
+    found = true;
+  }
+  return found;
+}
+
 void ModemFinder::AskNewOnes() {
+  one_in_use_ = false;
   for (FoundModem& device : Devices()) {
-    {
-      const std::lock_guard lock(mutex_);
-      if (quit_)
-        return;
-    }
+    if (quit_)
+      return;
     if (asked_.contains(device.name))
       continue;
     FoundModem modem = Ask(std::move(device));
     // One that is unplugged while it is asked, or that nobody may ask, gets another chance.
     if (modem.trouble.empty())
       asked_.insert(modem.name);
+    else if (std::exchange(troubles_[modem.name], modem.trouble) == modem.trouble)
+      continue;
     {
       const std::lock_guard lock(mutex_);
       found_.push_back(std::move(modem));
@@ -115,10 +151,12 @@ void ModemFinder::AskNewOnes() {
 FoundModem ModemFinder::Ask(FoundModem modem) {
   PortResult port = OpenSerialPort(modem.port, options_.lock_folder);
   if (!port.port) {
+    one_in_use_ = one_in_use_ || port.trouble == PortTrouble::InUse;
     modem.trouble = port.text;
     return modem;
   }
-  ModemLink link(std::move(port.port), clock_, wake_, {[](const ModemReply&) {}, [](std::string_view) {}, {}});
+  const ModemLink::Sinks deaf{[](const ModemReply&) {}, [](std::string_view) {}, {}, [this] { return quit_.load(); }};
+  ModemLink link(std::move(port.port), clock_, wake_, deaf);
   const ModemIdentity identity = IdentifyModem(link, clock_);
   modem.model = identity.model;
   // A modem whose sound can't be used is none that could answer.

@@ -1,8 +1,10 @@
 // Finds the modems that are plugged in and asks each of them once what it is.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <string>
@@ -36,7 +38,7 @@ public:
     std::set<std::string> known{}; // names of modems that need not be asked
   };
 
-  /// `news` runs on a thread of the finder's: devices came, went, got other rights, or one was asked.
+  /// `news` runs on a thread of the finder's: devices came, went, got other rights, are free again, or one was asked.
   ModemFinder(Options options, std::function<void()> news);
   ~ModemFinder();
   ModemFinder(const ModemFinder&) = delete;
@@ -48,26 +50,37 @@ public:
   /// Waits until the devices that were there at the start have been asked, at most for `limit`.
   void WaitForFirst(std::chrono::milliseconds limit);
 
+  /// Gives news once the program that uses `port` has let go of it.
+  void AwaitFree(const std::string& port);
+  /// That doesn't matter any more.
+  void DontAwait(const std::string& port);
+
   /// The devices that are there now, without asking them.
   std::vector<FoundModem> Devices() const;
 
 private:
   void Run();
   void AskNewOnes();
+  /// Whether one of those that are waited for is free.
+  bool LookForFreeOnes();
   FoundModem Ask(FoundModem modem);
 
   const Options options_;
   const std::function<void()> news_;
   const ModemClock clock_;
   ModemWake wake_;
-  DeviceWatch watch_;           // its queue is the finder's thread's
-  std::set<std::string> asked_; // finder's thread
+  DeviceWatch watch_; // its queue is the finder's thread's
+  // Finder's thread.
+  std::set<std::string> asked_;
+  std::map<std::string, std::string> troubles_; // of those that could not be asked, by their names
+  bool one_in_use_ = false;                     // among them
   mutable std::mutex mutex_;
   std::condition_variable first_done_;
-  // Guarded by `mutex_`.
+  // Guarded by `mutex_`, but for the last.
   std::vector<FoundModem> found_;
+  std::set<std::string> awaited_; // ports
   bool first_ = true;
-  bool quit_ = false;
+  std::atomic<bool> quit_ = false;
   std::thread thread_;
 };
 

@@ -46,7 +46,7 @@ void ModemLink::Trace(const std::string& line) const {
 }
 
 CommandResult ModemLink::Command(std::string_view text, Seconds limit, const std::function<bool()>& abandon) {
-  while (!gone_ && clock_.Now() < quiet_until_)
+  while (!Gone() && clock_.Now() < quiet_until_)
     Wait(quiet_until_);
   stray_.reset();
   result_ = {};
@@ -57,7 +57,7 @@ CommandResult ModemLink::Command(std::string_view text, Seconds limit, const std
 
   Seconds end = clock_.Now() + limit;
   bool abandoned = false;
-  while (!gone_ && asked_ && clock_.Now() < end) {
+  while (!Gone() && asked_ && clock_.Now() < end) {
     if (!abandoned && abandon && abandon()) {
       abandoned = true;
       end = clock_.Now() + kAbandonLimit;
@@ -68,12 +68,13 @@ CommandResult ModemLink::Command(std::string_view text, Seconds limit, const std
   asked_ = false;
   quiet_until_ = clock_.Now() + kPauseBetweenCommands;
   if (!result_.final)
-    Trace(gone_ ? "The device is gone" : "No answer");
+    Trace(Gone() ? "The device is gone" : "No answer");
   return std::exchange(result_, {});
 }
 
 CommandResult ModemLink::StartReceiving(Seconds limit) {
   receive_next_ = true;
+  received_ = 0;
   decoder_.Reset();
   CommandResult result = Command("AT+VRX", limit);
   receive_next_ = false;
@@ -85,7 +86,7 @@ std::optional<FinalCode> ModemLink::TakeStrayFinal() {
 }
 
 void ModemLink::Wait(Seconds until, const std::function<bool()>& enough) {
-  while (!gone_ && !(enough && enough())) {
+  while (!Gone() && !(enough && enough())) {
     Flush();
     Seconds left = until - clock_.Now();
     if (left.count() <= 0)
@@ -137,12 +138,14 @@ void ModemLink::Take(std::string_view bytes) {
         reply.code = code;
         TakeReply(reply);
       });
+      received_ += samples_.size();
       if (!samples_.empty())
         sinks_.samples(samples_);
       if (!rest)
         return;
       // A final code follows as text.
       receiving_ = false;
+      Trace("< " + std::to_string(received_) + " bytes of sound");
       parser_.Reset();
       bytes = *rest;
     } else {

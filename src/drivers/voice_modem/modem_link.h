@@ -49,13 +49,14 @@ public:
     std::function<void(const ModemReply&)> reply;        // anything but final codes and information of a command
     std::function<void(std::string_view bytes)> samples; // of a recording
     std::function<void(const std::string&)> trace;       // each command and reply as a printable line
+    std::function<bool()> given_up{};                    // nobody waits for the modem any more
   };
 
   /// `clock` and `wake` outlive the link.
   ModemLink(std::unique_ptr<ModemPort> port, const ModemClock& clock, ModemWake& wake, Sinks sinks);
 
-  /// The device is gone; nothing comes any more and nothing can be sent.
-  bool Gone() const { return gone_; }
+  /// The device is gone, or given up: nothing is waited for any more.
+  bool Gone() const { return gone_ || (sinks_.given_up && sinks_.given_up()); }
   ModemPort& Port() { return *port_; }
 
   /// Sends `text` and waits for its final code. `abandon`, asked at each wake-up, breaks it off as ATD and ATA allow:
@@ -76,6 +77,8 @@ public:
   void Send(std::string_view bytes);
   std::size_t Unsent() const { return unsent_.size(); }
   void DropUnsent() { unsent_.clear(); }
+  /// Puts a line of its own into the trace.
+  void Trace(const std::string& line) const;
 
   /// Forgets everything that is on its way, before another try to be understood.
   void Restart();
@@ -85,7 +88,6 @@ private:
   void Read();
   void Take(std::string_view bytes);
   void TakeReply(const ModemReply& reply);
-  void Trace(const std::string& line) const;
 
   std::unique_ptr<ModemPort> port_;
   const ModemClock& clock_;
@@ -95,6 +97,7 @@ private:
   DleDecoder decoder_;
   std::string unsent_;
   std::string samples_;
+  std::size_t received_ = 0; // samples' bytes of this recording
   bool gone_ = false;
   bool receiving_ = false;
   bool receive_next_ = false; // CONNECT begins a recording

@@ -17,6 +17,12 @@ constexpr Seconds kKnock{0.5};
 // A device that isn't there or doesn't answer is tried again this often; a word that it came back comes sooner.
 constexpr Seconds kReopenPeriod{5};
 constexpr Seconds kHealthPeriod{60};
+constexpr Seconds kHopelessPeriod{60};
+// One that was opened anew and still says nothing won't.
+constexpr int kMostSilences = 2;
+// A report of who is calling belongs to the ring before it.
+constexpr Seconds kRingPeriod{6};
+constexpr const char* kUnplugged = "The modem is unplugged";
 constexpr Seconds kReadyLow{1};
 // What is left of a ring when the line is put on hook.
 constexpr Seconds kRingRemnant{0.3};
@@ -46,6 +52,7 @@ void ModemSession::Push(ModemCommand command) {
 void ModemSession::Stop() {
   if (!thread_.joinable())
     return;
+  quit_asked_ = true;
   Push({.kind = ModemCommand::Kind::Quit});
   thread_.join();
 }
@@ -58,13 +65,15 @@ ModemLink::Sinks ModemSession::LinkSinks() {
             if (conversation_)
               conversation_->TakeSamples(bytes);
           },
-          [this](const std::string& line) { Report({.kind = ModemReport::Kind::Trace, .text = line}); }};
+          [this](const std::string& line) { Report({.kind = ModemReport::Kind::Trace, .text = line}); },
+          // A line that is taken is put down first.
+          [this] { return quit_asked_ && !off_hook_; }};
 }
 
 RingWatch::Events ModemSession::RingEvents() {
   using Kind = ModemReport::Kind;
   return {[this] {
-            call_ = Call();
+            call_.emplace();
             call_->number = NextCallNumber();
             Report({.kind = Kind::NewCall, .call = call_->number});
           },
@@ -96,6 +105,7 @@ void ModemSession::Run() {
 }
 
 void ModemSession::Sleep(Seconds time) {
+  TakeCommands(); // the word that one came may have been heard elsewhere
   const Seconds end = clock_.Now() + time;
   while (!quit_ && clock_.Now() < end) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(clock_.Real(end - clock_.Now()));
@@ -111,7 +121,7 @@ void ModemSession::Sleep(Seconds time) {
 bool ModemSession::Reopen() {
   PortResult result = OpenSerialPort(options_.settings.port, options_.lock_folder);
   if (!result.port) {
-    SetHealth(LineStatus::Health::Trouble, result.text);
+    SetHealth(LineStatus::Health::Trouble, result.trouble == PortTrouble::NotThere ? kUnplugged : result.text);
     return false;
   }
   link_ = std::make_unique<ModemLink>(std::move(result.port), clock_, wake_, LinkSinks());
@@ -120,20 +130,25 @@ bool ModemSession::Reopen() {
 
 bool ModemSession::SetUp() {
   if (!identity_) {
-    SetHealth(LineStatus::Health::Trying, "The modem is being set up");
+    if (!hopeless_)
+      SetHealth(LineStatus::Health::Trying, "The modem is being set up");
     const ModemIdentity identity = IdentifyModem(*link_, clock_);
     if (identity.kind == ModemKind::Silent) {
       if (link_->Gone())
-        Lose("The modem is unplugged");
-      else if (!Recover())
-        Lose("The modem doesn't answer; unplug it and plug it in again");
+        Lose(kUnplugged);
+      else if (++silences_ >= kMostSilences)
+        LoseHope("The modem doesn't answer; unplug it and plug it in again");
+      else if (!Recover() && link_)
+        Lose(kUnplugged);
       return false;
     }
+    silences_ = 0;
     if (identity.kind == ModemKind::Data || !identity.format) {
-      Lose(identity.kind == ModemKind::Data ? "This modem has no voice: it can't answer calls"
-                                            : "This modem has no sound format that can be used");
+      LoseHope(identity.kind == ModemKind::Data ? "This modem has no voice: it can't answer calls"
+                                                : "This modem has no sound format that can be used");
       return false;
     }
+    hopeless_ = false;
     Report({.kind = ModemReport::Kind::Model, .text = identity.model});
     identity_ = identity;
   }
@@ -141,7 +156,7 @@ bool ModemSession::SetUp() {
   if (!armed_ && !link_->Gone())
     Recover();
   if (link_ && link_->Gone())
-    Lose("The modem is unplugged");
+    Lose(kUnplugged);
   if (armed_)
     SetHealth(LineStatus::Health::Ready, "The modem is ready for calls");
   return armed_;
@@ -162,6 +177,9 @@ bool ModemSession::Arm() {
       link.Command("AT+GCI=" + std::string(country.t35), kCommandLimit);
   if (!settings.wait_for_dial_tone)
     link.Command("ATX3", kCommandLimit);
+  // Which of a line's numbers is rung, each maker's way.
+  if (settings.ring != RingKind::Every && !link.Command("AT-SDR=7", kCommandLimit).Ok())
+    link.Command("ATS41=1", kCommandLimit);
   if (!settings.init.empty())
     link.Command(settings.init, kCommandLimit);
   // In class 0 rings and callers come as text on every modem.
@@ -176,22 +194,24 @@ void ModemSession::WaitForCalls() {
   // A call may end with another link than it began with.
   Seconds health_check = clock_.Now() + kHealthPeriod;
   while (!quit_ && armed_ && !link_->Gone()) {
-    const Seconds until = std::min(health_check, rings_.Due().value_or(health_check));
-    link_->Wait(until, [this] { return std::exchange(stirred_, false); });
+    // Before it waits: a command that woke the thread while it talked to the modem wakes it no more.
     TakeCommands();
     rings_.Look(clock_.Now());
-    if (std::exchange(answer_, false) && rings_.Ringing() && call_)
+    if (std::exchange(answer_, false) && rings_.Ringing() && call_) {
       AnswerCall();
-    else if (dial_)
+    } else if (dial_) {
       PlaceCall(*std::exchange(dial_, std::nullopt));
-    else if (clock_.Now() >= health_check && !rings_.Ringing()) {
+    } else if (clock_.Now() >= health_check && !rings_.Ringing()) {
       health_check = clock_.Now() + kHealthPeriod;
       if (!link_->Command("AT", kCommandLimit).Ok() && !link_->Gone())
         Recover();
+    } else {
+      link_->Wait(std::min(health_check, rings_.Due().value_or(health_check)),
+                  [this] { return std::exchange(stirred_, false); });
     }
   }
   if (link_ && link_->Gone())
-    Lose("The modem is unplugged");
+    Lose(kUnplugged);
 }
 
 void ModemSession::TakeCommands() {
@@ -208,6 +228,9 @@ void ModemSession::Execute(ModemCommand& command) {
   using Kind = ModemCommand::Kind;
   if (command.kind == Kind::Quit) {
     quit_ = true;
+  } else if (command.kind == Kind::Look) {
+    silences_ = 0;
+    hopeless_ = false;
   } else if (command.kind == Kind::Dial) {
     // A modem that is still being set up dials as soon as it can.
     if (call_ || !link_) {
@@ -215,7 +238,7 @@ void ModemSession::Execute(ModemCommand& command) {
       Report({.kind = ModemReport::Kind::Disconnected, .call = command.call});
       return;
     }
-    call_ = Call();
+    call_.emplace();
     call_->number = command.call;
     dial_ = command.text;
   } else if (call_ && call_->number == command.call) {
@@ -244,14 +267,26 @@ void ModemSession::TakeReply(const ModemReply& reply) {
   if (remnant)
     return;
   if (ring) {
-    // The letter of a ring stands behind the word.
-    const char kind = reply.text.size() > 5 ? reply.text[5] : '\0';
-    const char wanted = static_cast<char>('A' + static_cast<int>(options_.settings.ring) - 1);
-    if (options_.settings.ring == RingKind::Every || kind == '\0' || kind == wanted)
+    if (IsWanted(reply.text)) {
+      unwanted_ring_at_.reset();
       rings_.Ring(clock_.Now());
-  } else if (reply.kind == ReplyKind::CallerId) {
+    } else {
+      unwanted_ring_at_ = clock_.Now();
+    }
+  } else if (reply.kind == ReplyKind::CallerId &&
+             !(unwanted_ring_at_ && clock_.Now() - *unwanted_ring_at_ < kRingPeriod)) {
     rings_.CallerIdLine(reply.text, clock_.Now());
   }
+}
+
+bool ModemSession::IsWanted(std::string_view ring) const {
+  constexpr std::string_view kBefore = "RING ";
+  // A modem that tells no kinds apart rings for every one.
+  if (options_.settings.ring == RingKind::Every || !ring.starts_with(kBefore) || ring.size() == kBefore.size())
+    return true;
+  const int number = static_cast<int>(options_.settings.ring);
+  const char kind = ring[kBefore.size()];
+  return kind == 'A' + number - 1 || kind == '0' + number;
 }
 
 void ModemSession::EndCall() {
@@ -272,6 +307,12 @@ bool ModemSession::Recover() {
   rings_.Forget();
   armed_ = false;
   identity_.reset();
+  if (quit_asked_) {
+    // Closing the device hangs up; nobody waits for more.
+    off_hook_ = false;
+    link_.reset();
+    return false;
+  }
   const auto answers = [&] {
     for (int i = 0; i < kTries && !link.Gone(); ++i)
       if (link.Command("AT", kTryLimit).Ok())
@@ -316,7 +357,12 @@ void ModemSession::Lose(const std::string& words) {
   EndCall();
   rings_.Forget();
   SetHealth(LineStatus::Health::Trouble, words);
-  Sleep(kReopenPeriod);
+  Sleep(hopeless_ ? kHopelessPeriod : kReopenPeriod);
+}
+
+void ModemSession::LoseHope(const std::string& words) {
+  hopeless_ = true;
+  Lose(words);
 }
 
 // --- telling

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -50,7 +51,7 @@ public:
   ModemCallNumber NextCallNumber() { return next_call_.fetch_add(1); }
 
   /// Hangs up a call that is up, closes the device and ends the thread: a second or two with a call up, at once
-  /// without.
+  /// without, whether the modem answers or not.
   void Stop();
 
 private:
@@ -68,6 +69,7 @@ private:
   void TakeCodeInCall(char code);
   void TakeDigit(char digit);
   bool IsHangUpCode();
+  bool IsWanted(std::string_view ring) const;
 
   void AnswerCall();
   void PlaceCall(const std::string& number);
@@ -81,6 +83,7 @@ private:
 
   bool Recover();
   void Lose(const std::string& words);
+  void LoseHope(const std::string& words);
 
   void Report(ModemReport report) const { sink_(std::move(report)); }
   void ReportState(CallState state);
@@ -95,6 +98,7 @@ private:
   const ModemClock clock_;
   ModemWake wake_;
   std::atomic<ModemCallNumber> next_call_;
+  std::atomic<bool> quit_asked_ = false;
   std::mutex mutex_;
   std::vector<ModemCommand> commands_; // guarded by `mutex_`
 
@@ -102,9 +106,12 @@ private:
   bool quit_ = false;
   std::unique_ptr<ModemLink> link_;
   std::optional<ModemIdentity> identity_; // nothing: it has to be asked
+  int silences_ = 0;                      // in a row, where it should have told what it is
+  bool hopeless_ = false;                 // until the devices change, trying is done quietly and seldom
   bool armed_ = false;
   bool stirred_ = false; // something came that may be due for a look
   RingWatch rings_;
+  std::optional<Seconds> unwanted_ring_at_; // of another number on this line
   std::optional<ModemCall> call_;
   bool answer_ = false;
   std::optional<std::string> dial_;

@@ -23,10 +23,8 @@ void RingWatch::Begin(Seconds now) {
 }
 
 void RingWatch::Ring(Seconds now) {
-  if (last_ring_ && now - *last_ring_ < kOneRing) {
-    last_ring_ = now;
+  if (last_ring_ && now - *last_ring_ < kOneRing)
     return;
-  }
   Begin(now);
   last_ring_ = now;
   TellCaller();

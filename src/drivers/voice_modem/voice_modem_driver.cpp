@@ -20,7 +20,14 @@ VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigD
              .dialog = dialog,
              .speed = options.speed,
              .lock_folder = options.lock_folder,
-             .ports = [this] { return Ports(); }},
+             .ports = [this] { return Ports(); },
+             .in_use =
+                 [this](const std::string& port, bool in_use) {
+                   if (in_use)
+                     finder_->AwaitFree(port);
+                   else
+                     finder_->DontAwait(port);
+                 }},
       alive_(std::make_shared<VoiceModemDriver*>(this)) {
   std::set<std::string> known;
   for (const std::string& section : house_.file.Sections(kSectionPrefix)) {
@@ -40,6 +47,8 @@ VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigD
 
 VoiceModemDriver::~VoiceModemDriver() {
   alive_.reset();
+  house_.in_use = nullptr;
+  house_.ports = nullptr;
   finder_.reset();
 }
 
@@ -67,8 +76,10 @@ void VoiceModemDriver::TakeFound() {
     settings.port = found.port;
     VoiceModemLine& line = AddLine(std::string(kSectionPrefix) + found.name, settings);
     line.SetKind(found.kind, found.model);
-    if (!found.trouble.empty())
+    if (!found.trouble.empty()) {
+      line.SetTrouble(found.trouble);
       continue;
+    }
     WriteModemSettings(house_.file, line.Section(), line.Settings());
     WriteKnownModem(house_.file, line.Section(), {found.kind, found.model});
   }

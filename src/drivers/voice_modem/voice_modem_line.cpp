@@ -80,6 +80,11 @@ void VoiceModemLine::SetKind(ModemKind kind, const std::string& model) {
   Changed();
 }
 
+void VoiceModemLine::SetTrouble(const std::string& trouble) {
+  if (!session_)
+    SetStatus(LineStatus::Health::Trouble, trouble);
+}
+
 void VoiceModemLine::DevicesChanged() {
   if (session_)
     session_->Push({.kind = ModemCommand::Kind::Look});
@@ -136,6 +141,8 @@ bool VoiceModemLine::Open(LineEvents& events) {
 
 std::string VoiceModemLine::Start(const ModemSettings& settings) {
   PortResult port = OpenSerialPort(settings.port, house_.lock_folder);
+  if (house_.in_use)
+    house_.in_use(settings.port, port.trouble == PortTrouble::InUse);
   if (!port.port) {
     // What probes new modems lets go of them after a while.
     const bool probed = port.trouble == PortTrouble::InUse;

@@ -33,6 +33,7 @@ public:
     double speed = 1;                    // see `ModemSession::Options`
     std::string lock_folder = kLockFolder;
     std::function<std::vector<ModemChoice>()> ports{};
+    std::function<void(const std::string& port, bool in_use)> in_use{}; // by another program, as it seems when opening
   };
 
   /// `section` is the name of the line, in `Lines.ini` too.
@@ -43,6 +44,8 @@ public:
   const std::string& Section() const { return section_; }
   /// What was found out about the modem. A line of which nothing is known yet can't be detected, but chosen.
   void SetKind(ModemKind kind, const std::string& model);
+  /// Why nothing could be found out, for who looks at a line that isn't open.
+  void SetTrouble(const std::string& trouble);
   /// The devices have changed: the one of an open line may be back.
   void DevicesChanged();
 
