@@ -84,8 +84,8 @@ LineCaps SipLine::Caps() const {
   caps.provider_info = "libre " + std::string(sys_libre_version_get());
   caps.switch_info = "SIP";
   caps.bearer_modes = kBearerModeVoice;
-  // A line that can carry no call yet is not one to be chosen.
-  caps.media_modes = IsSetUp() ? media_mode::kInteractiveVoice | media_mode::kAutomatedVoice : 0;
+  // One that is not set up yet too, since only lines for speech are offered to be chosen and set up.
+  caps.media_modes = media_mode::kInteractiveVoice | media_mode::kAutomatedVoice;
   caps.max_data_rate = kBitsPerSecond;
   caps.address_type = kAddressIsName;
   caps.address_features = kAddressMakesCalls;

@@ -214,7 +214,7 @@ TEST(SipAccountFileTest, KeepsAccountsAndHidesTheirPasswords) {
   ASSERT_EQ(driver.Lines().size(), 2U);
   const auto line = std::static_pointer_cast<SipLine>(driver.Lines()[1]);
   const long id = line->DeviceID();
-  EXPECT_EQ(line->Caps().media_modes, 0U);
+  EXPECT_NE(line->Caps().media_modes, 0U) << "it couldn't be set up in the settings";
   ReportsOfTest reports;
   EXPECT_FALSE(line->Open(reports));
 
