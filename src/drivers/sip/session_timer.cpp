@@ -16,8 +16,8 @@ bool IsOther(const sip_hdr* header, const sip_msg*, void*) {
 
 } // namespace
 
-bool HasWhatIsRequired(const sip_msg& invite) {
-  return sip_msg_hdr_apply(&invite, true, SIP_HDR_REQUIRE, &IsOther, nullptr) == nullptr;
+const sip_hdr* UnknownRequirement(const sip_msg& invite) {
+  return sip_msg_hdr_apply(&invite, true, SIP_HDR_REQUIRE, &IsOther, nullptr);
 }
 
 std::string SessionTimerLines(const sip_msg& invite) {

@@ -11,7 +11,7 @@ namespace kelmio {
 /// call by itself, which it does with a re-INVITE. Empty when there is nothing to say. Pure code.
 std::string SessionTimerLines(const sip_msg& invite);
 
-/// Whether all that the caller insists on (RFC 3261 20.32) is there.
-bool HasWhatIsRequired(const sip_msg& invite);
+/// What the caller insists on (RFC 3261 20.32) and isn't there; nothing when all is there.
+const sip_hdr* UnknownRequirement(const sip_msg& invite);
 
 } // namespace kelmio

@@ -280,8 +280,7 @@ void SipEngine::Invited(const sip_msg& invite) {
     sip_treply(nullptr, Stack(), &invite, 486, "Busy Here");
     return;
   }
-  if (!HasWhatIsRequired(invite)) {
-    const sip_hdr* required = sip_msg_hdr(&invite, SIP_HDR_REQUIRE);
+  if (const sip_hdr* required = UnknownRequirement(invite)) {
     sip_treplyf(nullptr, nullptr, Stack(), &invite, false, 420, "Bad Extension",
                 "Unsupported: %r\r\nContent-Length: 0\r\n\r\n", &required->val);
     return;

@@ -29,6 +29,13 @@ bool IsReliable(sip_transp transport) {
   return transport != SIP_TRANSP_UDP;
 }
 
+// An address that is nobody's (RFC 5737); nothing is sent there.
+constexpr const char* kAnyServer = "192.0.2.1";
+
+bool SameAddress(const std::optional<sa>& a, const std::optional<sa>& b) {
+  return a && b ? sa_cmp(&*a, &*b, SA_ADDR) : a.has_value() == b.has_value();
+}
+
 /// Words of the other side, fit to be shown.
 std::string Plain(std::string_view text) {
   std::string plain;
@@ -448,12 +455,21 @@ void SipRegistration::NoAnswer(int error) {
     Fail(account_.server + " doesn't answer", false);
 }
 
+std::optional<sa> SipRegistration::Way() const {
+  if (!targets_.empty())
+    return SourceTowards(Target().address);
+  sa anywhere{};
+  sa_set_str(&anywhere, kAnyServer, SIP_PORT);
+  return SourceTowards(anywhere);
+}
+
 void SipRegistration::Fail(const std::string& reason, bool refused, seconds at_least) {
   mem_deref(request_);
   mem_deref(ping_);
   alive_.Stop();
   phase_ = Phase::Waiting;
   refused_ = refused;
+  failed_from_ = Way();
   const SipTimes& times = settings_.times;
   milliseconds pause = refused ? times.refused_retry : times.first_retry;
   for (int i = 0; !refused && i < failures_ && pause < times.longest_retry; ++i)
@@ -534,11 +550,10 @@ void SipRegistration::NetworkChanged(NetworkWatch::Change change) {
     return;
   bool again = change == NetworkWatch::Change::Woke;
   if (phase_ == Phase::Waiting || phase_ == Phase::Looking) {
-    again = !refused_;
+    // A network that stirs all the time is no reason to ask all the time.
+    again = !refused_ && (again || !SameAddress(Way(), failed_from_));
   } else if (!again) {
-    const auto source = SourceTowards(Target().address);
-    const auto bound = Local();
-    again = !source || !bound || !sa_cmp(&*source, &*bound, SA_ADDR);
+    again = !SameAddress(Way(), Local());
   }
   if (!again)
     return;

@@ -94,6 +94,8 @@ private:
   std::string ContactHeader() const;
   const SipTarget& Target() const { return targets_[target_]; }
   std::optional<sa> Local() const;
+  /// The address of this computer from which a way leads to the registrar now, or anywhere while it isn't known.
+  std::optional<sa> Way() const;
 
   const SipSettings& settings_;
   const SipAccount& account_;
@@ -132,6 +134,7 @@ private:
   LineStatus::Health health_ = LineStatus::Health::Off;
   bool refused_ = false; // asking again soon would be no use
   int failures_ = 0;     // in a row
+  std::optional<sa> failed_from_;
   std::function<void()> left_;
   std::minstd_rand random_;
   MonotonicTimer next_;  // the next attempt, or the end of one
