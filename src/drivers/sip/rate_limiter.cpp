@@ -14,10 +14,9 @@ bool RateLimiter::Take(Bucket& bucket, double per_second, double burst, Time now
     bucket.tokens = std::min(burst, bucket.tokens + std::max(0.0, seconds) * per_second);
     bucket.filled = now;
   }
-  if (bucket.tokens < 1)
-    return false;
-  bucket.tokens -= 1;
-  return true;
+  // What is refused counts as well: who goes on all the same gets in again once he has been quiet.
+  bucket.tokens = std::max(-burst, bucket.tokens - 1);
+  return bucket.tokens >= 0;
 }
 
 bool RateLimiter::Allow(std::uint32_t source, Time now) {

@@ -13,7 +13,8 @@ class RateLimiter {
 public:
   using Time = std::chrono::steady_clock::time_point;
 
-  /// `per_second` requests of one source pass in the long run, `burst` at once.
+  /// `per_second` requests of one source pass in the long run, `burst` at once. A source that asks for more gets
+  /// nothing until it has asked for less for a while.
   RateLimiter(double per_second, double burst);
 
   /// Whether a request of this source may be looked at now. `source` is any hash of its address; sources that

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "drivers/shown_text.h"
 #include "drivers/sip/caller_claims.h"
 #include "drivers/sip/dial_target.h"
 #include "drivers/sip/session_timer.h"
@@ -13,6 +14,7 @@ namespace kelmio {
 namespace {
 
 constexpr char kSdpType[] = "application/sdp";
+constexpr std::size_t kLongestReason = 60;
 
 bool HasBody(const sip_msg& message) {
   return mbuf_get_left(message.mb) > 0;
@@ -255,7 +257,7 @@ void SipCall::OnClosed(int error, const sip_msg* message, void* self) {
     call->host_.Report({.kind = SipReport::Kind::Busy, .call = call->number_});
   else if (message && message->scode >= 300)
     call->Log("SIP line: the call was refused: " + std::to_string(message->scode) + " " +
-              std::string(ToView(message->reason)));
+              ShownText(ToView(message->reason), kLongestReason));
   else if (error == ETIMEDOUT && call->phase_ == Phase::Answered)
     call->Log("SIP line: the caller never confirmed the answer");
   else if (error != 0 && error != ECONNRESET)

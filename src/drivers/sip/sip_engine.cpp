@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "drivers/sip/flood_gate.h"
 #include "drivers/sip/local_network.h"
 #include "drivers/sip/session_timer.h"
 #include "drivers/sip/sip_replies.h"
@@ -19,10 +20,6 @@ namespace {
 constexpr char kOwnUser[] = "kelmio"; // of a line without an account
 constexpr std::uint32_t kHashSize = 32;
 constexpr std::uint32_t kMostNameServers = 4;
-// What one stranger may ask of a line that isn't for this computer only. A person redials less often, and a
-// flood costs no more than this.
-constexpr double kRequestsPerSecond = 5;
-constexpr double kRequestBurst = 20;
 
 void InitializeLibrary() {
   static std::once_flag once;
@@ -42,7 +39,7 @@ struct SipEngine::Loop {
   SipTransports transports;
   std::optional<SipRegistration> registration; // of an account
   RePtr<sipsess_sock> sessions;
-  RateLimiter limiter{kRequestsPerSecond, kRequestBurst};
+  FloodGate gate;
 
   ~Loop() {
     sipsess_close_all(sessions.get());
@@ -277,12 +274,12 @@ void SipEngine::Invited(const sip_msg& invite) {
     return;
   }
   if (call_) {
-    sip_treply(nullptr, Stack(), &invite, 486, "Busy Here");
+    // Nothing is kept of those who are refused, however many they are.
+    sip_reply(Stack(), &invite, 486, "Busy Here");
     return;
   }
   if (const sip_hdr* required = UnknownRequirement(invite)) {
-    sip_treplyf(nullptr, nullptr, Stack(), &invite, false, 420, "Bad Extension",
-                "Unsupported: %r\r\nContent-Length: 0\r\n\r\n", &required->val);
+    sip_replyf(Stack(), &invite, 420, "Bad Extension", "Unsupported: %r\r\nContent-Length: 0\r\n\r\n", &required->val);
     return;
   }
   call_ = std::make_unique<SipCall>(*this, NextCallNumber());
@@ -301,13 +298,13 @@ bool SipEngine::OnAnyRequest(const sip_msg* message, void* self) {
   Loop& loop = *engine.loop_;
   if (loop.transports.TakeKnock(*message))
     return true;
-  // A flood is met with silence. What belongs to a call is let through.
+  // A flood is held back. What belongs to a call is let through.
   const bool opening = !pl_isset(&message->to.tag) && pl_strcmp(&message->met, "ACK") != 0;
   // Who isn't meant to call is not even told so; unless this line has called him.
   if (!engine.Admits(*message) && (opening || !engine.call_))
     return true;
   return !loop.registration && loop.transports.BeyondThisComputer() && opening &&
-         !loop.limiter.Allow(sa_hash(&message->src, SA_ADDR), std::chrono::steady_clock::now());
+         !loop.gate.Admits(*loop.transports.Stack(), *message, message->dst, std::chrono::steady_clock::now());
 }
 
 bool SipEngine::OnRequestLeft(const sip_msg* message, void* self) {

@@ -133,6 +133,7 @@ void SipLine::Close() {
   if (session_)
     session_->Close();
   session_.reset();
+  removed_ = false;
   open_error_ = 0;
   TakeOverWaiting();
   events_ = nullptr;
@@ -243,12 +244,12 @@ SipTakeOver SipLine::TryTakeOver(const SipSettings& next) {
       return {SipTakeOver::State::Waiting, "The new settings are kept for the end of the call."};
     error = *moved;
     open_error_ = session_->IsRunning() ? 0 : error;
-  } else if (next.account && events_) {
-    // The line has been opened, and its account was removed then.
+  } else if (next.account && removed_) {
     auto session = NewSession(*events_);
     error = session->Start(next);
     if (error == 0)
       session_ = std::move(session);
+    removed_ = error != 0;
   } else if (!next.account && next.listen != settings_.listen) {
     error = Probe(next);
   }
@@ -294,6 +295,7 @@ SipTakeOver SipLine::RemoveAccount() {
   if (session_)
     session_->Close();
   session_.reset();
+  removed_ = events_ != nullptr;
   open_error_ = 0;
   SipSettings empty;
   empty.account = SipAccount{};

@@ -69,6 +69,7 @@ private:
   std::optional<SipSettings> waiting_; // for the end of a call
   int open_error_ = 0;                 // why the line isn't reachable although it was opened
   LineEvents* events_ = nullptr;       // of the open line
+  bool removed_ = false;               // the open line's account; the next one runs at once
   std::shared_ptr<SipSession> session_;
   std::optional<LinesFile> file_;
   SipConfigDialog* dialog_ = nullptr;

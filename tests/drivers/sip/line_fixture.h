@@ -26,6 +26,8 @@ public:
 
   void NewCall(std::shared_ptr<DeviceCall> device_call) override {
     call = std::move(device_call);
+    name.clear();
+    number.clear();
     words.push_back("new");
   }
   void Ring(DeviceCall&, int count) override { words.push_back("ring" + std::to_string(count)); }

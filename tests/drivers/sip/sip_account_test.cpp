@@ -80,12 +80,24 @@ TEST_F(SipAccountTest, SaysWhatIsWrongAndIsThereAgainWhenItIsNot) {
 }
 
 TEST_F(SipAccountTest, AsksOnceWithAWrongPassword) {
-  settings.account->password = "wrong";
+  const std::string password = "wr0ng-Secret";
+  settings.account->password = password;
   Open();
   ASSERT_TRUE(RunUntilHealth(Health::Trouble));
   EXPECT_EQ(Line().Status().words, "The password was refused by " + registrar.Address() + "; next try in 15 minutes.");
   loop.RunFor(600ms);
   EXPECT_EQ(registrar.Count("REGISTER"), 2); // without it, and with it
+  std::string tried;
+  Line().TryAccount(settings, [&](const std::string& words) { tried = words; });
+  ASSERT_TRUE(loop.RunUntil([&] { return !tried.empty(); }));
+  // Whatever is told to anyone, the password isn't.
+  std::vector<std::string> told = reports.logs;
+  for (const std::string& text :
+       {tried, Line().Status().words, Line().StateInWords(), Line().Test(settings), Line().Caps().line_name,
+        Line().Caps().provider_info, registrar.Last("REGISTER").text})
+    told.push_back(text);
+  for (const std::string& text : told)
+    EXPECT_EQ(text.find(password), std::string::npos) << text;
   // The right one is tried at once.
   ASSERT_EQ(Line().TakeOver(registrar.Settings()).state, SipTakeOver::State::Done);
   ASSERT_TRUE(RunUntilHealth(Health::Ready));
@@ -99,6 +111,21 @@ TEST_F(SipAccountTest, AsksOnceWithAWrongPassword) {
     ASSERT_TRUE(RunUntilHealth(Health::Trouble));
     EXPECT_TRUE(Line().Status().words.starts_with(registrar.Address() + words)) << Line().Status().words;
   }
+}
+
+TEST_F(SipAccountTest, StaysClosedWithSettingsThatWaitedForTheEndOfACall) {
+  Register();
+  peer->Invite(peer->Sdp());
+  ASSERT_TRUE(RunUntilHas("ring1"));
+  SipSettings next = settings;
+  next.account->display_name = "Jane";
+  ASSERT_EQ(Line().TakeOver(next).state, SipTakeOver::State::Waiting);
+  Line().Close();
+  loop.RunFor(300ms);
+  EXPECT_EQ(Line().Status().health, Health::Off);
+  EXPECT_TRUE(registrar.Bound().empty());
+  EXPECT_EQ(Line().Settings().account->display_name, "Jane");
+  EXPECT_TRUE(Line().Open(reports));
 }
 
 TEST_F(SipAccountTest, KeepsTheTimeAndTheAddressThatTheRegistrarNames) {

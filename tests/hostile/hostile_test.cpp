@@ -1,0 +1,302 @@
+// A line among strangers. The short form runs every time; KELMIO_DATAGRAMS=1000000 says how many datagrams, and
+// KELMIO_FLOOD_SECONDS=10 for how long.
+#include <atomic>
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+
+#include "drivers/sip/audio_codec.h"
+#include "drivers/sip/line_fixture.h"
+#include "drivers/sip/sound_of_test.h"
+#include "hostile/strangers.h"
+
+namespace kelmio {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kFrame = 160;
+constexpr std::uint32_t kPeerSsrc = 0x5EED;
+
+int NumberFrom(const char* variable, int usual) {
+  const char* wanted = std::getenv(variable);
+  return wanted ? std::atoi(wanted) : usual;
+}
+
+constexpr bool kSanitized =
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    true;
+#elif defined(__has_feature)
+    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+    false;
+#endif
+
+/// The peer's voice, over and over, on a thread of its own.
+class Speaker {
+public:
+  Speaker(const SipPeer& peer, std::uint16_t to, std::vector<std::int16_t> voice)
+      : voice_(std::move(voice)), thread_([this, &peer, to](const std::stop_token& stop) { Speak(peer, to, stop); }) {}
+
+  std::uint16_t Sequence() const { return static_cast<std::uint16_t>(frames_.load()); }
+  std::uint32_t Timestamp() const { return frames_.load() * static_cast<std::uint32_t>(kFrame); }
+  const std::vector<std::int16_t>& Voice() const { return voice_; }
+  void Stop() {
+    thread_.request_stop();
+    thread_.join();
+  }
+
+private:
+  void Speak(const SipPeer& peer, std::uint16_t to, const std::stop_token& stop) {
+    AudioCodec codec(AudioCoding::Pcma);
+    std::vector<std::uint8_t> coded(kFrame);
+    auto next = Clock::now();
+    while (!stop.stop_requested()) {
+      const std::size_t at = frames_.load() * kFrame % voice_.size();
+      codec.Encode(std::span(voice_).subspan(at, kFrame), coded);
+      peer.SendRtp(to, {frames_ == 0, payload_type::kPcma, Sequence(), Timestamp(), kPeerSsrc, coded});
+      ++frames_;
+      next += 20ms;
+      std::this_thread::sleep_until(next);
+    }
+  }
+
+  std::vector<std::int16_t> voice_;
+  std::atomic<std::uint32_t> frames_{0};
+  std::jthread thread_;
+};
+
+/// The share of frames in which something else is heard than what was said. Each second is laid where it fits best, for
+/// silent frames may be left out or put in.
+double DamagedShare(const std::vector<std::int16_t>& voice, const std::vector<std::int16_t>& heard) {
+  std::size_t at = OffsetOf(voice, heard, kFrame);
+  std::size_t frames = 0;
+  std::size_t damaged = 0;
+  constexpr std::size_t kWindow = 8000;
+  constexpr std::size_t kFurthest = 20 * kFrame;
+  for (std::size_t said = 0; at + kWindow + 2 * kFrame <= heard.size(); said += kWindow, at += kWindow) {
+    const auto window = std::span(voice).subspan(said % voice.size(), kWindow);
+    const auto damage = [&](std::size_t from) {
+      return static_cast<std::size_t>(DamagedFrames(window, std::span(heard).subspan(from, kWindow), kFrame));
+    };
+    std::size_t best = damage(at);
+    const std::size_t expected = at;
+    for (std::size_t other = expected - std::min(expected, kFurthest);
+         best > 0 && other <= std::min(expected + kFurthest, heard.size() - kWindow); other += kFrame)
+      if (const std::size_t here = damage(other); here < best) {
+        best = here;
+        at = other;
+      }
+    damaged += best;
+    frames += kWindow / kFrame;
+  }
+  return frames == 0 ? 1 : static_cast<double>(damaged) / static_cast<double>(frames);
+}
+
+class HostileTest : public SipLineTest {
+protected:
+  /// Waits until the line has answered a question of its own, and so has read what came before.
+  ::testing::AssertionResult KeepStep() {
+    for (int attempt = 0; attempt < 20; ++attempt) {
+      meter_.emplace(driver->Line().Port());
+      meter_->Request("OPTIONS");
+      const bool answered = meter_->Await(200, 500ms).has_value();
+      loop.RunPending();
+      if (answered)
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure() << "the line is silent";
+  }
+
+  /// Takes a call of a new caller up to the sound, and ends it. Gives the time from the INVITE to 180.
+  Clock::duration TakesACall() {
+    SipPeer caller(driver->Line().Port());
+    reports.words.clear();
+    const auto start = Clock::now();
+    caller.Invite(caller.Sdp());
+    EXPECT_TRUE(caller.Await(180));
+    const auto time = Clock::now() - start;
+    EXPECT_TRUE(RunUntilHas("ring1"));
+    reports.call->SetSoundPort(port);
+    reports.call->Answer();
+    EXPECT_TRUE(caller.Await(200));
+    caller.Ack();
+    EXPECT_TRUE(RunUntilHas("connected"));
+    EXPECT_TRUE(caller.NextRtp());
+    caller.Bye();
+    EXPECT_TRUE(RunUntilHas("disconnected"));
+    return time;
+  }
+
+  /// What a stranger sends at the port of the sound.
+  std::string SoundOfStranger(const Speaker& speaker) {
+    if (random_() % 3 == 0)
+      return ForeignBytes(random_);
+    // All is right but the sender: a loud tone, or a key.
+    const std::vector<std::uint8_t> tone{0x2A, 0x2A, 0x2A, 0x2A, 0xAA, 0xAA, 0xAA, 0xAA};
+    std::vector<std::uint8_t> sound;
+    while (sound.size() < kFrame)
+      sound.insert(sound.end(), tone.begin(), tone.end());
+    const bool key = random_() % 8 == 0;
+    if (key)
+      sound = {5, 0x80, 3, 0x20};
+    std::vector<std::uint8_t> bytes;
+    WriteRtpPacket({random_() % 8 == 0, static_cast<std::uint8_t>(key ? 101 : payload_type::kPcma),
+                    static_cast<std::uint16_t>(speaker.Sequence() + random_() % 4),
+                    speaker.Timestamp() + static_cast<std::uint32_t>(kFrame * (random_() % 8)), kPeerSsrc, sound},
+                   bytes);
+    return {bytes.begin(), bytes.end()};
+  }
+
+  std::mt19937 random_{20261123};
+
+private:
+  std::optional<SipPeer> meter_;
+};
+
+TEST_F(HostileTest, ACallThatIsUpComesThroughUnharmed) {
+  const int datagrams = NumberFrom("KELMIO_DATAGRAMS", 20'000);
+  OpenLine();
+  CallUp(peer->Sdp("8 101"));
+  Speaker speaker(*peer, answer.MediaPort(), VoiceOfTest(10));
+  loop.RunFor(1s);
+
+  const Stranger neighbour;              // other ports of the peer's own address, and any other address
+  const Stranger twin(peer->rtp.Port()); // the peer's own port at another address
+  HostileMessages messages(neighbour.Port(), peer->Sdp());
+  const auto start = Clock::now();
+  const std::size_t before = ResidentBytes();
+  for (int i = 0; i < datagrams; ++i) {
+    if (i % 4 == 3)
+      (i % 8 == 3 ? twin : neighbour).Send(answer.MediaPort(), SoundOfStranger(speaker), i % 8 == 3 ? 2 : 1);
+    else
+      neighbour.Send(driver->Line().Port(), messages.Next(), static_cast<std::uint16_t>(1 + random_() % 3));
+    if (i % 32 == 31) {
+      ASSERT_TRUE(KeepStep()) << "after " << i;
+      neighbour.Drain();
+    }
+  }
+  const std::size_t with = ResidentBytes();
+  const auto time = Clock::now() - start;
+  loop.RunFor(1s);
+  speaker.Stop();
+
+  EXPECT_FALSE(reports.Has("disconnected"));
+  EXPECT_FALSE(reports.Has("digit5"));
+  EXPECT_LT(reports.logs.size(), 10U);
+  const double damaged = DamagedShare(speaker.Voice(), port->Received());
+  EXPECT_LT(damaged, 0.02);
+  const double grown = static_cast<double>(with) / 1e6 - static_cast<double>(before) / 1e6;
+  if (!kSanitized) {
+    EXPECT_LT(grown, 32); // what SIP keeps of each request for half a minute, and the sound that was heard
+  }
+  peer->Bye();
+  EXPECT_TRUE(RunUntilHas("disconnected"));
+  const auto rings = TakesACall();
+  std::cout << datagrams << " datagrams in " << std::chrono::duration<double>(time).count() << " s; memory grew by "
+            << grown << " MB; damaged frames " << damaged * 100 << " %; the next call rang within "
+            << std::chrono::duration<double>(rings).count() * 1000 << " ms\n";
+}
+
+TEST_F(HostileTest, AnIdleLineReadsWhatStrangersOfferAndStillTakesACall) {
+  const int datagrams = NumberFrom("KELMIO_DATAGRAMS", 20'000) / 5;
+  OpenLine();
+  const Stranger stranger;
+  HostileMessages messages(stranger.Port(), peer->Sdp("0 8 9 101", "a=ptime:20\r\na=sendrecv\r\n"));
+  for (int i = 0; i < datagrams; ++i) {
+    stranger.Send(driver->Line().Port(), messages.Next());
+    if (i % 16 != 15)
+      continue;
+    ASSERT_TRUE(KeepStep()) << "after " << i;
+    stranger.Drain();
+    // What rings is let go, so that the line is there for the next offer.
+    if (reports.call)
+      reports.call->Hangup();
+  }
+  ASSERT_TRUE(KeepStep());
+  ASSERT_TRUE(loop.RunUntil([&] { return reports.words.empty() || reports.words.back() == "disconnected"; }));
+  TakesACall();
+}
+
+/// INVITEs at a steady pace from `addresses` addresses, beside which a real caller tries his luck.
+class FloodTest : public HostileTest, public testing::WithParamInterface<int> {};
+
+TEST_P(FloodTest, ARealCallGetsThrough) {
+  constexpr int kPerSecond = 500;
+  const auto length = std::chrono::seconds(NumberFrom("KELMIO_FLOOD_SECONDS", 3));
+  SipSettings settings = OnAnyPort();
+  settings.listen.host = "0.0.0.0"; // where strangers are held off; what is sent here comes over loopback all the same
+  OpenLine(settings);
+  peer->from = "<sip:friend@127.0.0.1>";
+
+  std::atomic<int> sent{0};
+  std::jthread flood([&](const std::stop_token& stop) {
+    const Stranger stranger;
+    HostileMessages messages(stranger.Port(), peer->Sdp());
+    for (auto next = Clock::now(); !stop.stop_requested(); next += std::chrono::microseconds(1s) / kPerSecond) {
+      const auto host = static_cast<std::uint16_t>(512 + sent++ % GetParam());
+      stranger.Send(driver->Line().Port(), messages.Invite(host), host);
+      stranger.Drain();
+      std::this_thread::sleep_until(next);
+    }
+  });
+  const auto start = Clock::now();
+  // The user sends away what isn't the friend.
+  const auto let_go = [&] {
+    if (reports.call && !reports.Has("connected") && reports.number == "flood")
+      reports.call->Hangup();
+  };
+  ASSERT_TRUE(loop.RunUntil([&] {
+    let_go();
+    return Clock::now() - start > length / 2;
+  }));
+
+  // Calls as a telephone does: again after 0.5, 1, 2 s while nothing is heard, and at once when it was busy.
+  const auto call = Clock::now();
+  int invites = 0;
+  std::optional<SipText> heard;
+  const auto rings = [&] {
+    auto patience = 500ms;
+    auto due = Clock::now();
+    return loop.RunUntil(
+        [&] {
+          let_go();
+          if (Clock::now() >= due) {
+            peer->Invite(peer->Sdp());
+            ++invites;
+            due = Clock::now() + patience;
+            patience *= 2;
+          }
+          heard = peer->Next(0ms);
+          if (heard && heard->Status() == 486)
+            due = std::min(due, Clock::now() + 100ms);
+          if (heard && heard->Status() == 302) {
+            const std::string contact = heard->Header("Contact");
+            peer->callee = contact.substr(5, contact.find('@') - 5); // behind "<sip:"
+            due = Clock::now();
+          }
+          return heard && heard->Status() == 180;
+        },
+        32s);
+  };
+  ASSERT_TRUE(rings());
+  const double seconds = std::chrono::duration<double>(Clock::now() - call).count();
+  EXPECT_TRUE(loop.RunUntil([&] { return reports.number == "friend"; }));
+  reports.call->Answer();
+  ASSERT_TRUE(peer->Await(200));
+  peer->Ack();
+  EXPECT_TRUE(RunUntilHas("connected"));
+  while (Clock::now() - start < length)
+    loop.RunFor(50ms);
+  EXPECT_TRUE(peer->NextRtp());
+  flood.request_stop();
+  flood.join();
+  std::cout << sent << " INVITEs from " << GetParam() << " addresses; a real one rang after " << seconds * 1000
+            << " ms and " << invites << " tries\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(From, FloodTest, testing::Values(1, 500));
+
+} // namespace
+} // namespace kelmio
