@@ -29,8 +29,8 @@ frmMain::frmMain(const House& house)
                house_.notifications,
                [this](int command) { ExecuteCommand(command); },
                [this] { HotKeyPressed(); }}),
-      recording_({house_.app, house_.settings, Context, *this, notice_, mTAPIEx, monitor_, contacts_, messages_,
-                  house_.timers}),
+      line_notice_(house_.clock), recording_({house_.app, house_.settings, Context, *this, notice_, mTAPIEx, monitor_,
+                                              contacts_, messages_, house_.timers}),
       calls_({house_.app, house_.settings, Context, *this, notice_, monitor_, recording_, contacts_, call_log_}),
       hot_keys_(house_.hot_keys, house_.clock), lvwCalls(message_list_.lvwCalls), cmdPlayFile(playback_.cmdPlayFile),
       cmdStopPlay(playback_.cmdStopPlay), sldSlider(playback_.sldSlider), tmrCallTime(monitor_.tmrCallTime),
@@ -58,6 +58,10 @@ frmMain::frmMain(const House& house)
   calls_.Listen(mTAPIEx);
   mTAPIEx.OnLogText = [this](const std::string& text) { Output.OnLogText(text); };
   mTAPIEx.OnLinesChanged = [this] { system_.LinesChanged(); };
+  mTAPIEx.OnLineStatus = [this](const LineStatus& status) { ShowLineStatus(status); };
+  system_.LineSwitched = [this] {
+    ShowLineStatus(Context.CurrentLine != nullptr ? Context.CurrentLine->Status() : LineStatus());
+  };
 
   ListenToTray();
 }

@@ -46,6 +46,7 @@
 #include "shell/ToolTipOnDemand.h"
 #include "shell/TrayIcon.h"
 #include "shell/call_notice.h"
+#include "shell/line_notice.h"
 #include "shell/local_windows.h"
 #include "telephony/call_context.h"
 #include "telephony/call_handling.h"
@@ -144,6 +145,7 @@ private:
   CallMonitor monitor_;
   SystemControl system_;
   CallNotice notice_;
+  LineNotice line_notice_;
   MessageRecording recording_;
   CallHandling calls_;
   mHotKeys hot_keys_;
@@ -282,6 +284,8 @@ private:
   void TogglePane(int pane);
   void ListenToTray();
   void LeaveTray();
+  /// Lets the tray tell how the line stands.
+  void ShowLineStatus(const LineStatus& status);
   void TrayIcon1_TrayMouseEvent(std::uint32_t message);
   void TrayIcon1_TrayIconMoved(int x, int y);
   /// Tells that the window has gone to the tray.

@@ -37,8 +37,15 @@ void frmMain::LeaveTray() {
 void frmMain::CreateTrayIcon() {
   TrayIcon1.SetTrayIconVisible(true);
   TrayIcon1.SetIconHandle(kProgramIcon);
-  TrayIcon1.SetToolTip(Caption);
+  TrayIcon1.SetToolTip(line_notice_.Tip(Caption, cTrayIcon::kTipLength));
   TrayIcon1.Create(window_);
+}
+
+void frmMain::ShowLineStatus(const LineStatus& status) {
+  line_notice_.Take(status);
+  const std::string tip = line_notice_.Tip(Caption, cTrayIcon::kTipLength);
+  if (TrayIcon1.Created() && TrayIcon1.ToolTip() != tip)
+    TrayIcon1.SetToolTip(tip);
 }
 
 void frmMain::RemoveTrayIcon() {

@@ -15,8 +15,12 @@ void SystemControl::StartSystem() {
   if (settings_.SystemStatus == 0)
     return;
   CloseLine();
-  if (settings_.CommDeviceID < 0)
-    return;
+  if (settings_.CommDeviceID >= 0)
+    OpenLine();
+  LineSwitched();
+}
+
+void SystemControl::OpenLine() {
   context_.CurrentLine = control_.LineByDeviceID(settings_.CommDeviceID);
   const bool opened = context_.CurrentLine != nullptr && context_.CurrentLine->Open();
   if (opened) {
@@ -38,6 +42,7 @@ void SystemControl::StopSystem() {
   host_.SetPanel(kPanelActivity, "Stopped");
   host_.SetPanel(kPanelLine, "Disconnected");
   host_.SetPanel(kPanelClock, kClockAtStart);
+  LineSwitched();
 }
 
 void SystemControl::RestartSystem() {

@@ -1,6 +1,8 @@
 // The system switch: the line open and waiting for calls, or closed.
 #pragma once
 
+#include <functional>
+
 #include "core/settings.h"
 #include "platform/registry_store.h"
 #include "telephony/call_context.h"
@@ -27,7 +29,11 @@ public:
   /// Opens the chosen line when the system is on without one: its device may have come back.
   void LinesChanged();
 
+  /// The line of the context has been opened or closed, or couldn't be opened.
+  std::function<void()> LineSwitched = [] {};
+
 private:
+  void OpenLine();
   void CloseLine();
 
   Settings& settings_;
