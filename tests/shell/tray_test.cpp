@@ -2,10 +2,12 @@
 
 #include <stdexcept>
 
+#include "core/date_time.h"
 #include "fakes/fake_loop.h"
 #include "fakes/fake_tray.h"
 #include "shell/ToolTipOnDemand.h"
 #include "shell/TrayIcon.h"
+#include "shell/command_table.h"
 #include "shell/mTray.h"
 #include "support/desk.h"
 
@@ -280,6 +282,31 @@ TEST(MainWindowInTheTray, AddsItsIconTwiceAfterARestartAndOpensItsMenu) {
   EXPECT_EQ(desk.tray.popups.front().title, "TrayPopup");
   desk.tray.on_message(window_message::kLeftDoubleClick);
   EXPECT_TRUE(desk.form.Visible);
+}
+
+TEST(MainWindowInTheTray, TellsInItsTipHowTheLineStands) {
+  using Health = LineStatus::Health;
+  Desk desk;
+  desk.form.Load();
+  EXPECT_EQ(desk.tray.record.tip, "Kelmio Standard");
+  desk.line->status = {Health::Trying, "Registering with example.org."};
+  desk.Wait(5);
+  EXPECT_EQ(desk.tray.record.tip, "Kelmio Standard\nRegistering with example.org.");
+
+  const LocalDateTime now = desk.loop.Now();
+  desk.line->status = {Health::Ready, std::string(200, 'x'), {}, std::chrono::system_clock::now()};
+  desk.line->TellStatus();
+  desk.Run();
+  const std::string tip = desk.tray.record.tip;
+  EXPECT_TRUE(tip.ends_with("x\u2026\nLast call: " + FormatMonthDayYear(now) + " " + FormatTime24(now).substr(0, 5)))
+      << tip;
+  EXPECT_EQ(tip.size(), cTrayIcon::kTipLength + std::string("\u2026").size() - 1);
+  desk.Wait(60000);
+  desk.tray.on_restarted();
+  EXPECT_EQ(desk.tray.record.tip, tip) << "the call came when it came";
+
+  desk.form.ExecuteCommand(command::kSystemOff);
+  EXPECT_EQ(desk.tray.record.tip, "Kelmio Standard");
 }
 
 } // namespace
