@@ -53,9 +53,10 @@ bool ModemConversation::Run() {
 
 bool ModemConversation::Play() {
   ModemLink& link = house_.link;
-  if (link.Command("AT+VTX", kConnectLimit).final != FinalCode::Connect) {
+  const auto final = link.Command("AT+VTX", kConnectLimit).final;
+  if (final != FinalCode::Connect) {
     ++failures_;
-    return !link.Gone();
+    return final.has_value();
   }
   HearMissing();
   Seconds next = house_.clock.Now() - kLead;
@@ -127,9 +128,10 @@ bool ModemConversation::Listen() {
 
 bool ModemConversation::Receive() {
   ModemLink& link = house_.link;
-  if (link.StartReceiving(kConnectLimit).final != FinalCode::Connect) {
+  const auto final = link.StartReceiving(kConnectLimit).final;
+  if (final != FinalCode::Connect) {
     ++failures_;
-    return !link.Gone();
+    return final.has_value();
   }
   HearMissing();
   bytes_.clear();
