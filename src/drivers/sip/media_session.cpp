@@ -30,6 +30,8 @@ constexpr std::size_t kLargestPacket = 2048;
 constexpr int kMostPacketsTaken = 200;
 // Frames with no sample above this are silence in which time may be adjusted (some -50 dB of full scale).
 constexpr int kSilentSample = 100;
+// More than the authentication tag of any cipher (RFC 3711 section 3.1, RFC 7714).
+constexpr std::size_t kRoomForTag = 16;
 // How much of what follows a hole is looked at.
 constexpr std::uint32_t kFramesAhead = 5;
 
@@ -81,7 +83,34 @@ void MediaSession::SetTerms(const MediaTerms& terms) {
     UseDecoder(terms.send_coding);
   if (!terms_ || terms_->OnHold() != terms.OnHold())
     frames_unheard_ = 0;
+  UseKeys(terms);
   terms_ = terms;
+}
+
+void MediaSession::UseKeys(const MediaTerms& terms) {
+  const auto use = [](RePtr<srtp>& stream, const std::optional<SdesKey>& before, const std::optional<SdesKey>& key) {
+    // The same key goes on counting packets where it was.
+    if (before == key && (stream || !key))
+      return;
+    stream.reset();
+    struct srtp* made = nullptr;
+    if (key && srtp_alloc(&made, key->suite, key->key.data(), key->key.size(), 0) == 0)
+      stream.reset(made);
+  };
+  use(to_peer_, terms_ ? terms_->send_key : std::nullopt, terms.send_key);
+  use(from_peer_, terms_ ? terms_->receive_key : std::nullopt, terms.receive_key);
+}
+
+std::optional<std::span<const std::uint8_t>> MediaSession::Opened(std::span<const std::uint8_t> packet) {
+  if (!terms_->receive_key)
+    return packet;
+  if (!from_peer_)
+    return std::nullopt;
+  opened_.assign(packet.begin(), packet.end());
+  mbuf buffer{opened_.data(), opened_.size(), 0, opened_.size()};
+  if (srtp_decrypt(from_peer_.get(), &buffer) != 0)
+    return std::nullopt;
+  return std::span<const std::uint8_t>(opened_).first(buffer.end);
 }
 
 void MediaSession::UseDecoder(AudioCoding coding) {
@@ -127,8 +156,11 @@ void MediaSession::TakeArrived() {
 }
 
 void MediaSession::Take(const sa& source, std::span<const std::uint8_t> packet) {
-  const auto rtp = ReadRtpPacket(packet);
-  if (rtp && terms_)
+  if (!terms_)
+    return;
+  const auto opened = Opened(packet);
+  const auto rtp = opened ? ReadRtpPacket(*opened) : std::nullopt;
+  if (rtp)
     Receive(source, *rtp);
 }
 
@@ -282,7 +314,13 @@ void MediaSession::Transmit(std::span<const std::uint8_t> payload) {
   packet.payload = payload;
   mark_next_ = false;
   WriteRtpPacket(packet, packet_);
-  mbuf buffer{packet_.data(), packet_.size(), 0, packet_.size()};
+  const std::size_t plain_size = packet_.size();
+  packet_.resize(plain_size + kRoomForTag);
+  mbuf buffer{packet_.data(), packet_.size(), 0, plain_size};
+  // What can't be encrypted isn't said at all.
+  if (terms_->send_key && (!to_peer_ || srtp_encrypt(to_peer_.get(), &buffer) != 0))
+    return;
+  buffer.pos = 0;
   const sa& destination = latched_ ? *latched_ : terms_->peer;
   udp_send(socket_.get(), &destination, &buffer);
 }

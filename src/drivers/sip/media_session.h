@@ -56,6 +56,9 @@ private:
   static void Arrived(const sa* source, mbuf* packet, void* self);
   void TakeArrived();
   void Take(const sa& source, std::span<const std::uint8_t> packet);
+  void UseKeys(const MediaTerms& terms);
+  /// The packet as it was before it was encrypted; nothing when it wasn't with the peer's key.
+  std::optional<std::span<const std::uint8_t>> Opened(std::span<const std::uint8_t> packet);
   void Receive(const sa& source, const RtpPacket& packet);
   bool IsPeer(const sa& source);
   void UseDecoder(AudioCoding coding);
@@ -77,6 +80,11 @@ private:
   std::shared_ptr<SoundPort> port_;
   MonotonicTimer timer_;
   bool started_ = false;
+
+  // Encryption, with the keys of the terms.
+  RePtr<srtp> to_peer_;
+  RePtr<srtp> from_peer_;
+  std::vector<std::uint8_t> opened_; // a packet that was decrypted
 
   // Receiving.
   std::optional<sa> latched_;

@@ -1,12 +1,28 @@
 #include "drivers/sip/sdp_negotiation.h"
 
 #include <cerrno>
+#include <string>
+#include <string_view>
 
 namespace kelmio {
 
 namespace {
 
 constexpr char kTelephoneEvent[] = "telephone-event";
+constexpr char kCrypto[] = "crypto";
+// With feedback packets (RFC 4585, RFC 5124), which are neither sent nor listened to.
+constexpr char kAvpf[] = "RTP/AVPF";
+constexpr char kSavpf[] = "RTP/SAVPF";
+
+bool IsProtected(std::string_view protocol) {
+  return protocol == sdp_proto_rtpsavp || protocol == kSavpf;
+}
+
+bool TakeKey(const char*, const char* value, void* found) {
+  auto& key = *static_cast<std::optional<SdesKey>*>(found);
+  key = ParseSdesKey(value ? value : "");
+  return key.has_value();
+}
 
 const char* StaticTypeOf(AudioCoding coding) {
   switch (coding) {
@@ -50,15 +66,25 @@ std::optional<AudioCoding> MediaTerms::CodingOf(int type) const {
                                                                : std::nullopt;
 }
 
-std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local, const std::vector<AudioCoding>& codings) {
+std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local, const std::vector<AudioCoding>& codings,
+                                                       MediaProtection protection) {
+  using Wish = MediaProtection::Wish;
   std::unique_ptr<SdpNegotiation> sdp(new SdpNegotiation);
   sdp_session* session = nullptr;
   if (sdp_session_alloc(&session, &local) != 0)
     return nullptr;
   sdp->session_.reset(session);
-  if (sdp_media_add(&sdp->audio_, session, sdp_media_audio, sa_port(&local), sdp_proto_rtpavp) != 0)
+  const char* const protocol = protection.wish == Wish::Demand ? sdp_proto_rtpsavp : sdp_proto_rtpavp;
+  if (sdp_media_add(&sdp->audio_, session, sdp_media_audio, sa_port(&local), protocol) != 0)
     return nullptr;
-  int error = 0;
+  sdp->protection_ = protection;
+  int error = sdp_media_set_alt_protos(sdp->audio_, 4, sdp_proto_rtpavp, kAvpf, sdp_proto_rtpsavp, kSavpf);
+  if (protection.wish == Wish::Offer || protection.wish == Wish::Demand) {
+    sdp->own_key_ = MakeSdesKey(1, SRTP_AES_CM_128_HMAC_SHA1_80);
+    if (!sdp->own_key_)
+      return nullptr;
+    error |= sdp_media_set_lattr(sdp->audio_, true, kCrypto, "%s", ToText(*sdp->own_key_).c_str());
+  }
   // G.722 too names a clock of 8000, for historical reasons (RFC 3551 4.5.2).
   for (const AudioCoding coding : codings)
     error |= sdp_format_add(nullptr, sdp->audio_, false, StaticTypeOf(coding), NameOf(coding), 8000, 1, nullptr,
@@ -100,6 +126,8 @@ int SdpNegotiation::Read(const sip_msg& message, bool offer) {
   if (!found)
     return ENOTSUP;
 
+  if (const int error = ReadKeys(offer, terms))
+    return error;
   terms.peer = *sdp_media_raddr(audio_);
   // Our own side always wants both directions, so that the remote one alone decides. An address of zero is how
   // hold was asked for before there were directions (RFC 2543).
@@ -108,6 +136,30 @@ int SdpNegotiation::Read(const sip_msg& message, bool offer) {
   terms.may_send = (remote & SDP_RECVONLY) != 0 && !nowhere;
   terms.may_receive = (remote & SDP_SENDONLY) != 0 && !nowhere;
   terms_ = terms;
+  return 0;
+}
+
+int SdpNegotiation::ReadKeys(bool offer, MediaTerms& terms) {
+  using Wish = MediaProtection::Wish;
+  std::optional<SdesKey> theirs;
+  if (protection_.wish != Wish::Refuse)
+    sdp_media_rattr_apply(audio_, kCrypto, &TakeKey, &theirs);
+  // Who answers takes the key with the cipher of ours, or none.
+  if (!offer && theirs && (!own_key_ || theirs->suite != own_key_->suite))
+    theirs.reset();
+  if (!theirs) {
+    if (protection_.wish == Wish::Demand || IsProtected(sdp_media_proto(audio_)))
+      return EPROTO;
+    sdp_media_del_lattr(audio_, kCrypto);
+    return 0;
+  }
+  if (offer && (!own_key_ || own_key_->suite != theirs->suite || own_key_->tag != theirs->tag)) {
+    own_key_ = MakeSdesKey(theirs->tag, theirs->suite);
+    if (!own_key_ || sdp_media_set_lattr(audio_, true, kCrypto, "%s", ToText(*own_key_).c_str()) != 0)
+      return ENOMEM;
+  }
+  terms.send_key = own_key_;
+  terms.receive_key = theirs;
   return 0;
 }
 

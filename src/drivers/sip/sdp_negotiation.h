@@ -8,6 +8,7 @@
 
 #include "drivers/sip/audio_codec.h"
 #include "drivers/sip/libre.h"
+#include "drivers/sip/sdes_keys.h"
 
 namespace kelmio {
 
@@ -20,6 +21,9 @@ struct MediaTerms {
   int send_type = payload_type::kPcmu;                    // payload type of what is sent
   int event_type = kNone;                                 // payload type of telephone events that come in
   std::array<std::optional<AudioCoding>, 128> receives{}; // sound that may come in, by payload type
+  // Both or none. With them, nothing else is sent or heard.
+  std::optional<SdesKey> send_key{};
+  std::optional<SdesKey> receive_key{};
   bool may_send = false;
   bool may_receive = false;
 
@@ -28,14 +32,27 @@ struct MediaTerms {
   std::optional<AudioCoding> CodingOf(int type) const;
 };
 
+/// How the sound of a call is to be protected.
+struct MediaProtection {
+  enum class Wish : std::uint8_t {
+    Refuse, // never encrypted: an offer that has to be is not taken
+    Take,   // when the other side offers it
+    Offer,  // and offered, to a side that may leave it
+    Demand, // a side without it is not spoken to
+  };
+  Wish wish = Wish::Take;
+};
+
 /// Engine thread only. The functions that return an int give 0 or an error number of libre's.
 class SdpNegotiation {
 public:
   /// `local` is the address and port on which sound is received. `codings` are offered in their order; others are not
   /// taken either.
-  static std::unique_ptr<SdpNegotiation> Create(const sa& local, const std::vector<AudioCoding>& codings);
+  static std::unique_ptr<SdpNegotiation> Create(const sa& local, const std::vector<AudioCoding>& codings,
+                                                MediaProtection protection = {});
 
-  /// Takes the offer or answer in the message's body. Fails when there is no coding in common.
+  /// Takes the offer or answer in the message's body. Fails when there is no coding in common, and with `EPROTO` when
+  /// there is no way to protect the sound as it is wished here or demanded there.
   int Read(const sip_msg& message, bool offer);
 
   /// The body of our offer or answer; nothing when out of memory.
@@ -46,10 +63,13 @@ public:
 
 private:
   SdpNegotiation() = default;
+  int ReadKeys(bool offer, MediaTerms& terms);
 
   RePtr<sdp_session> session_;
   sdp_media* audio_ = nullptr; // owned by the session
   std::optional<MediaTerms> terms_;
+  MediaProtection protection_;
+  std::optional<SdesKey> own_key_; // what is or was offered or answered
 };
 
 } // namespace kelmio

@@ -14,6 +14,7 @@ namespace kelmio {
 namespace {
 
 constexpr char kSdpType[] = "application/sdp";
+constexpr char kOverTls[] = "transport=tls";
 constexpr std::size_t kLongestReason = 60;
 
 bool HasBody(const sip_msg& message) {
@@ -31,10 +32,20 @@ SipCall::~SipCall() {
     sipsess_reject(session_.get(), 480, "Temporarily Unavailable", nullptr);
 }
 
-bool SipCall::PrepareMedia(const sa& local) {
+bool SipCall::PrepareMedia(const sa& local, bool protected_way) {
   if (!media_.Bind(local))
     return false;
-  sdp_ = SdpNegotiation::Create(media_.Local(), host_.Settings().codings);
+  using Wish = MediaProtection::Wish;
+  const auto& account = host_.Settings().account;
+  const SipEncryption encryption = account ? account->encryption : SipEncryption::Preferred;
+  MediaProtection protection;
+  if (encryption == SipEncryption::Off)
+    protection.wish = Wish::Refuse;
+  else if (encryption == SipEncryption::Required)
+    protection.wish = Wish::Demand;
+  else // keys that everyone on the way can read are of no use to offer
+    protection.wish = protected_way ? Wish::Offer : Wish::Take;
+  sdp_ = SdpNegotiation::Create(media_.Local(), host_.Settings().codings, protection);
   return sdp_ != nullptr;
 }
 
@@ -42,14 +53,15 @@ bool SipCall::PrepareMedia(const sa& local) {
 
 bool SipCall::TakeInvite(const sip_msg& invite) {
   const auto local = host_.AddressTowards(invite.src);
-  if (!local || !PrepareMedia(*local)) {
+  if (!local || !PrepareMedia(*local, invite.tp == SIP_TRANSP_TLS)) {
     sip_treply(nullptr, host_.Stack(), &invite, 500, "Server Internal Error");
     return false;
   }
   if (HasBody(invite)) {
-    if (sdp_->Read(invite, true) != 0) {
+    if (const int error = sdp_->Read(invite, true)) {
       sip_treply(nullptr, host_.Stack(), &invite, 488, "Not Acceptable Here");
-      Log("SIP line: a caller with no usable sound format was refused");
+      Log(error == EPROTO ? "SIP line: a caller was refused: the line and he don't agree on encrypted sound"
+                          : "SIP line: a caller with no usable sound format was refused");
       return false;
     }
     media_.SetTerms(*sdp_->Terms());
@@ -161,7 +173,8 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
   if (uri_decode(&parts, &text) != 0 || sa_set(&peer, &parts.host, SIP_PORT) != 0)
     sa_init(&peer, AF_UNSPEC);
   const auto local = host_.AddressTowards(peer);
-  const RePtr<mbuf> body = local && PrepareMedia(*local) ? sdp_->Write(true) : nullptr;
+  const bool protected_way = local && host_.NamesAt(*local).contact.find(kOverTls) != std::string::npos;
+  const RePtr<mbuf> body = local && PrepareMedia(*local, protected_way) ? sdp_->Write(true) : nullptr;
   int error = EADDRNOTAVAIL;
   if (body) {
     const SipNames own = host_.NamesAt(*local);

@@ -79,7 +79,7 @@ private:
   void DigitHeard(char digit) override;
   void PeerLost() override;
 
-  bool PrepareMedia(const sa& local);
+  bool PrepareMedia(const sa& local, bool protected_way);
   void ReportRings();
   void ReportCaller(const sip_msg& invite);
   void Invite(const std::string& uri, bool own_server);

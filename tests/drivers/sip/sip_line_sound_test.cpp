@@ -133,5 +133,30 @@ TEST_F(SipLineSoundTest, KeepsTimeWhateverTheNetworkDoes) {
   EXPECT_NEAR(static_cast<double>(port->Frames() - frames), passed.count() * 50, 3);
 }
 
+TEST_F(SipLineSoundTest, HearsOnlyWhatIsEncryptedOnceThatIsAgreed) {
+  const std::string kOfferedKey =
+      "a=crypto:3 AES_CM_128_HMAC_SHA1_32 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n";
+  OpenLine();
+  std::string offer = peer->Sdp("0 101", kOfferedKey);
+  offer.replace(offer.find("RTP/AVP"), 7, "RTP/SAVP");
+  CallUp(offer);
+  EXPECT_TRUE(answer.Says("RTP/SAVP")) << answer.text;
+  EXPECT_TRUE(answer.Says("a=crypto:3 AES_CM_128_HMAC_SHA1_32 inline:")) << answer.text;
+  EXPECT_FALSE(answer.Says("WVNfX19z")) << "each side has a key of its own";
+
+  // A packet in clear is nothing to it, and what it says itself bears an authentication tag of four bytes.
+  RtpPacket clear;
+  const std::vector<std::uint8_t> loud(160, 0x00);
+  clear.payload = loud;
+  for (; clear.sequence < 25; ++clear.sequence, clear.timestamp += 160)
+    peer->SendRtp(answer.MediaPort(), clear);
+  const auto said = peer->NextRtp();
+  ASSERT_TRUE(said);
+  EXPECT_EQ(said->size(), 12U + 160U + 4U);
+  loop.RunFor(300ms);
+  const std::vector<std::int16_t> heard = port->Received();
+  EXPECT_TRUE(std::all_of(heard.begin(), heard.end(), [](std::int16_t sample) { return sample == 0; }));
+}
+
 } // namespace
 } // namespace kelmio
