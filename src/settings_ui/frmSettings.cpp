@@ -163,8 +163,15 @@ void frmSettings::CBLines_Click() {
 }
 
 void frmSettings::cmdDeviceConfigure_Click() {
-  if (TAPILine* line = ChosenLine())
-    line->ConfigDialog();
+  TAPILine* line = ChosenLine();
+  if (line == nullptr)
+    return;
+  line->ConfigDialog();
+  // An account or a modem that has been set up bears its name.
+  std::vector<std::string> names = CBLines.Items;
+  names.at(static_cast<std::size_t>(CBLines.ListIndex.Get())) = line->Name();
+  CBLines.Items = std::move(names);
+  CBLines_Click();
 }
 
 std::shared_ptr<TAPILine> frmSettings::OpenChosenLine() {

@@ -104,6 +104,7 @@ void frmModemLine::Load() {
   lblState.Caption = line_.StateInWords();
   lblResult.Caption = "";
   line_.Listen([this](const std::string& line) { AddLive(line); });
+  cboPort.SetFocus();
 }
 
 void frmModemLine::VisitControls(ControlVisitor& visitor) {

@@ -84,6 +84,7 @@ void frmSipAccount::Load() {
   cmdRemove.Visible = !account.server.empty();
   lblState.Caption = line_.StateInWords();
   lblResult.Caption = "";
+  txtServer.SetFocus();
 }
 
 void frmSipAccount::VisitControls(ControlVisitor& visitor) {
