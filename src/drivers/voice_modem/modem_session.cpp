@@ -33,7 +33,8 @@ ModemSession::ModemSession(Options options, std::unique_ptr<ModemPort> port, Mod
                            ModemCallNumber first_call)
     : options_(std::move(options)), sink_(std::move(sink)), clock_(options_.speed), next_call_(first_call),
       rings_(RingEvents()) {
-  link_ = std::make_unique<ModemLink>(std::move(port), clock_, wake_, LinkSinks());
+  if (port)
+    link_ = std::make_unique<ModemLink>(std::move(port), clock_, wake_, LinkSinks());
   thread_ = std::thread([this] { Run(); });
 }
 
@@ -85,7 +86,10 @@ RingWatch::Events ModemSession::RingEvents() {
             if (call_)
               Report({.kind = Kind::CallerID, .call = call_->number, .name = name, .text = number});
           },
-          [this] { EndCall(); }};
+          [this] {
+            if (!dial_)
+              EndCall();
+          }};
 }
 
 void ModemSession::Run() {
@@ -134,11 +138,9 @@ bool ModemSession::SetUp() {
       SetHealth(LineStatus::Health::Trying, "The modem is being set up");
     const ModemIdentity identity = IdentifyModem(*link_, clock_);
     if (identity.kind == ModemKind::Silent) {
-      if (link_->Gone())
-        Lose(kUnplugged);
-      else if (++silences_ >= kMostSilences)
+      if (!link_->Gone() && ++silences_ >= kMostSilences)
         LoseHope("The modem doesn't answer; unplug it and plug it in again");
-      else if (!Recover() && link_)
+      else if (link_->Gone() || (!Recover() && link_))
         Lose(kUnplugged);
       return false;
     }
@@ -200,7 +202,8 @@ void ModemSession::WaitForCalls() {
     if (std::exchange(answer_, false) && rings_.Ringing() && call_) {
       AnswerCall();
     } else if (dial_) {
-      PlaceCall(*std::exchange(dial_, std::nullopt));
+      // It stays asked for until its call has ended: what rings until the line is taken is no call beside it.
+      PlaceCall(std::string(*dial_));
     } else if (clock_.Now() >= health_check && !rings_.Ringing()) {
       health_check = clock_.Now() + kHealthPeriod;
       if (!link_->Command("AT", kCommandLimit).Ok() && !link_->Gone())
