@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/text.h"
+#include "drivers/shown_text.h"
 
 namespace kelmio {
 namespace {
@@ -21,6 +22,7 @@ constexpr Seconds kCommandLimit{5};
 constexpr Seconds kBeforeSecondTry{0.2};
 constexpr std::string_view kVoiceClass = "8";
 constexpr std::string_view kBlanks = " \t";
+constexpr std::size_t kLongestModel = 60;
 
 /// Whether the answer to +FCLASS=?, such as "(0,1,2,8)" or "0,1,1.0,8", names the voice class.
 bool NamesVoiceClass(const std::vector<std::string>& lines) {
@@ -60,7 +62,7 @@ std::string ModelOf(ModemLink& link) {
     for (const std::string& line : answer.lines) {
       const std::string_view text = Trimmed(line, kBlanks);
       if (text.find_first_not_of("0123456789") != std::string_view::npos)
-        return std::string(text);
+        return ShownText(text, kLongestModel);
     }
     if (!answer.final)
       break;

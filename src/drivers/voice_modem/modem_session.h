@@ -40,7 +40,7 @@ public:
     double speed = 1; // seconds of the modem a second, for one that is emulated
   };
 
-  /// Takes `port`, which is open. Calls are numbered from `first_call` on.
+  /// Takes `port`, which is open, or null to look for the device first. Calls are numbered from `first_call` on.
   ModemSession(Options options, std::unique_ptr<ModemPort> port, ModemReportSink sink, ModemCallNumber first_call = 1);
   /// Stops.
   ~ModemSession();

@@ -139,11 +139,11 @@ bool VoiceModemLine::Open(LineEvents& events) {
   return false;
 }
 
-std::string VoiceModemLine::Start(const ModemSettings& settings) {
+std::string VoiceModemLine::Start(const ModemSettings& settings, bool awaited) {
   PortResult port = OpenSerialPort(settings.port, house_.lock_folder);
   if (house_.in_use)
     house_.in_use(settings.port, port.trouble == PortTrouble::InUse);
-  if (!port.port) {
+  if (!port.port && !awaited) {
     // What probes new modems lets go of them after a while.
     const bool probed = port.trouble == PortTrouble::InUse;
     return port.text + (probed ? "; if ModemManager has it, it lets go within half a minute" : "");
@@ -157,7 +157,7 @@ std::string VoiceModemLine::Start(const ModemSettings& settings) {
   };
   session_ = std::make_unique<ModemSession>(ModemSession::Options{settings, house_.lock_folder, house_.speed},
                                             std::move(port.port), std::move(post), next_call_);
-  return {};
+  return port.text;
 }
 
 void VoiceModemLine::Stop() {
@@ -299,11 +299,11 @@ ModemTakeOver VoiceModemLine::TakeOver(const ModemSettings& settings) {
 ModemTakeOver VoiceModemLine::TryTakeOver(const ModemSettings& next) {
   if (session_) {
     Stop();
-    const std::string trouble = Start(next);
-    if (!trouble.empty()) {
-      const std::string back = Start(settings_);
-      if (!back.empty())
-        SetStatus(LineStatus::Health::Trouble, back);
+    // A modem that is unplugged now is waited for, with other settings too.
+    const bool same = next.port == settings_.port;
+    const std::string trouble = Start(next, same);
+    if (!trouble.empty() && !same) {
+      Start(settings_, true);
       return {ModemTakeOver::State::Refused, trouble + ". The settings stay as they were."};
     }
   }

@@ -68,8 +68,8 @@ public:
 private:
   class Call;
 
-  /// Empty when it runs, or why it doesn't.
-  std::string Start(const ModemSettings& settings);
+  /// Empty when it runs, or why it doesn't. One that is `awaited` runs all the same, and looks for its device.
+  std::string Start(const ModemSettings& settings, bool awaited = false);
   void Stop();
   ModemTakeOver TryTakeOver(const ModemSettings& settings);
   void Handle(const ModemReport& report);
