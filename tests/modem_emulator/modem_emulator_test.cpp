@@ -5,9 +5,12 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <tuple>
 #include <utility>
 
 namespace kelmio::emulated {
@@ -334,6 +337,61 @@ TEST(ModemEmulatorTest, GoesAwayAndComesBackUnderItsLink) {
   Host again(modem);
   EXPECT_EQ(again.Ask("ATE0"), "ATE0\r\r\nOK\r\n");
   EXPECT_FALSE(modem.OffHook());
+}
+
+TEST(ModemEmulatorTest, EndsDialingByItsFaults) {
+  for (const auto& [fault, detail, answer] :
+       {std::tuple(23, "NO ANSWER", "\r\nNO ANSWER\r\n"), std::tuple(23, "DELAYED 00:30", "\r\nDELAYED 00:30\r\n"),
+        std::tuple(23, "late", "\r\nOK\r\n"), std::tuple(24, "", "\r\nNO CARRIER\r\n")}) {
+    ModemEmulator modem({.speed = 20});
+    Host host(modem);
+    host.Ask("ATE0");
+    host.Ask("AT+FCLASS=8");
+    modem.WhenDialled({Callee::Kind::Answers, 1});
+    modem.SetFault(fault, detail);
+    const double dialled = modem.Now();
+    EXPECT_THAT(host.Ask("ATDT123", answer), EndsWith(answer)) << fault << detail;
+    EXPECT_GT(modem.Now() - dialled, std::string(detail) == "late" ? 5 : 0.9) << fault << detail;
+  }
+  // Only who breaks it off himself hears of it.
+  ModemEmulator modem({.speed = 20});
+  Host host(modem);
+  host.Ask("ATE0");
+  host.Ask("AT+FCLASS=8");
+  modem.SetFault(24, "ok");
+  modem.WhenDialled({Callee::Kind::NeverAnswers, 0});
+  host.Write("ATDT123\r");
+  modem.WaitFor([&] { return modem.OffHook(); });
+  EXPECT_THAT(host.Ask("", "OK\r\n"), EndsWith("\r\nOK\r\n"));
+}
+
+TEST(ModemEmulatorTest, ComesBackWithoutRightsOrAsBusy) {
+  ModemEmulator modem({});
+  modem.Replug(ModemEmulator::Node::NoRights);
+  struct stat node {};
+  EXPECT_EQ(stat(modem.Port().c_str(), &node), 0);
+  EXPECT_EQ(node.st_mode & 0777, 0U);
+  // Who has the right to everything is told apart by nothing; so another process asks, as nobody.
+  const auto as_nobody = [&modem] {
+    const std::string port = modem.Port();
+    const pid_t child = fork();
+    if (child == 0) {
+      constexpr uid_t kNobody = 65534;
+      const bool dropped = geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0);
+      const int fd = open(port.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+      _exit(!dropped ? 255 : fd >= 0 ? 0 : errno);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status);
+  };
+  EXPECT_EQ(as_nobody(), EACCES);
+  modem.Replug(ModemEmulator::Node::Busy);
+  chmod(modem.Port().c_str(), 0666);
+  EXPECT_EQ(as_nobody(), EBUSY);
+  modem.Replug();
+  Host host(modem);
+  EXPECT_EQ(host.Ask("ATE0"), "ATE0\r\r\nOK\r\n");
 }
 
 TEST(ModemEmulatorTest, LosesTheCallWhenThePortIsClosed) {
