@@ -41,13 +41,21 @@ class ThirdParty(ProgramTestCase):
         self.assert_recorded(name)
 
     def test_baresip(self):
+        self.take_baresips_call()
+
+    def test_baresip_that_demands_encrypted_sound(self):
+        self.take_baresips_call("srtp.so", "srtp-mand")
+
+    def take_baresips_call(self, module=None, encryption=None):
         sound.write_wave(self.folder / "speech.wav", SAID)
         (self.folder / "config").write_text(
             f"sip_listen 127.0.0.1:{free_port()}\nnet_interface 127.0.0.1\naudio_source aufile,{self.folder}/speech.wav\n"
             f"audio_player aufile,{self.folder}/heard.wav\naudio_alert aufile,{self.folder}/heard.wav\n"
             "module_path /usr/lib/baresip/modules\nmodule_app account.so\nmodule g711.so\nmodule aufile.so\n"
-            "module_app menu.so\n")
-        (self.folder / "accounts").write_text('"Bare Caller" <sip:5550002@127.0.0.1>;regint=0;audio_codecs=PCMU\n')
+            "module_app menu.so\n" + (f"module {module}\n" if module else ""))
+        (self.folder / "accounts").write_text(
+            '"Bare Caller" <sip:5550002@127.0.0.1>;regint=0;audio_codecs=PCMU'
+            + (f";mediaenc={encryption}" if encryption else "") + "\n")
         (self.folder / "contacts").write_text("")
         baresip = subprocess.Popen(
             ["baresip", "-f", self.folder, "-e", f"/dial sip:line@127.0.0.1:{self.program.port}", "-t", "9"],
