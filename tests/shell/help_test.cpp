@@ -56,9 +56,17 @@ TEST(ManualTest, EveryLinkAndPictureLeadsSomewhere) {
 TEST(ManualTest, WhatStandsInBoldIsACommandOrATextOfTheProgram) {
   Desk desk;
   desk.Start();
-  std::set<std::string> known = {// Texts of the status bar, and choices of the line's window.
-                                 "Waiting for a call", "Recording call...", "Programs on this computer",
-                                 "The local network",  "Everyone",          "Off"};
+  std::set<std::string> known = {// Texts of the status bar, and names and choices of lines.
+                                 "Waiting for a call",
+                                 "Recording call...",
+                                 "Programs on this computer",
+                                 "The local network",
+                                 "Everyone",
+                                 "Off",
+                                 "Automatic",
+                                 "Preferred",
+                                 "Required",
+                                 "SIP account (not set up yet)"};
   Collect(desk.form.CommandBars1.MenuBar().items, known);
   Collect(desk.form.CommandBars1.ToolBars().front().items, known);
   for (std::string text : AllOf(BytesOf(KELMIO_SOURCE_FOLDER "/docs/manual/Help.html"), "<b>([^<]+)</b>")) {
