@@ -65,7 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool offer = cuts.Rest().size() % 2 == 0;
   sa local{};
   sa_set_str(&local, "127.0.0.1", 4000);
-  const auto sdp = SdpNegotiation::Create(local, {kAllCodings.begin(), kAllCodings.end()});
+  // How the sound is to be protected, of the four ways the one that the length names.
+  const MediaProtection protection{static_cast<MediaProtection::Wish>(cuts.Rest().size() / 2 % 4)};
+  const auto sdp = SdpNegotiation::Create(local, {kAllCodings.begin(), kAllCodings.end()}, protection);
   Check(sdp != nullptr, "there is a session");
   const std::string_view whole = cuts.Rest();
   Negotiate(*sdp, whole, offer);

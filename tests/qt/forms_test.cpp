@@ -37,6 +37,7 @@ void ExpectALayout(Form& form) {
 
 TEST(FormsTest, EveryControlHasItsWidget) {
   test::Desk desk;
+  EXPECT_EQ(MakeLayout("frmNone"), nullptr);
   ExpectALayout(desk.form);
   ExpectALayout(desk.form.Folders);
   ExpectALayout(desk.form.Output);

@@ -4,7 +4,6 @@
 
 #include "qt/binder.h"
 #include "qt/form_binding.h"
-#include "qt/form_factory.h"
 #include "qt/look.h"
 #include "test_form.h"
 
@@ -90,11 +89,6 @@ TEST(OnScreenTest, BringsALostWindowIntoTheNearestWorkArea) {
   EXPECT_EQ(OnScreen({200, -20, 400, 300}, areas), QRect(200, 0, 400, 300)) << "the title is out of reach";
   EXPECT_EQ(OnScreen({9000, 9000, 2000, 2000}, areas).size(), QSize(800, 600));
   EXPECT_EQ(OnScreen(seen, {}), seen);
-}
-
-TEST(LayoutTest, UnknownNamesHaveNoLayout) {
-  EXPECT_EQ(MakeLayout("frmNone"), nullptr);
-  EXPECT_NE(MakeLayout("frmMain"), nullptr);
 }
 
 TEST(LookTest, TextReadsOnItsGroundInLightAndDark) {

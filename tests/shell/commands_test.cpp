@@ -113,6 +113,11 @@ TEST_F(CommandRules, ToggleBarsAndPanes) {
     desk.form.ExecuteCommand(id);
     EXPECT_TRUE(MenuChecked(id)) << id;
   }
+  desk.form.ExecuteCommand(command::kStatusBar);
+  EXPECT_FALSE(desk.form.sbStatusBar.Visible);
+  EXPECT_FALSE(desk.settings.MainStatusBarState);
+  EXPECT_EQ(desk.registry.Query(kHkeyLocalMachine, "Software\\Ardelta\\Kelmio\\Settings", "MainStatusBarState")->bytes,
+            "False");
   desk.form.DockingPaneManager.Find(kPreviewPane)->hidden = true;
   EXPECT_FALSE(MenuChecked(command::kPreviewWindow));
 }

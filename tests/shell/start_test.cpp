@@ -103,18 +103,6 @@ TEST(Shutdown, KeepsTheLastPlaceOfAMinimisedWindow) {
   EXPECT_EQ(StoredText(desk.registry, "MainLeft"), "2000");
 }
 
-TEST(Commands, TogglesTheStatusBarAndStoresIt) {
-  Desk desk;
-  desk.Start();
-  desk.form.ExecuteCommand(command::kStatusBar);
-  EXPECT_FALSE(desk.form.sbStatusBar.Visible);
-  EXPECT_EQ(StoredText(desk.registry, "MainStatusBarState"), "False");
-  desk.form.ExecuteCommand(command::kStatusWindow);
-  desk.form.UpdateCommands();
-  EXPECT_FALSE(desk.form.CommandBars1.MenuBar().Find(command::kStatusWindow)->checked);
-  EXPECT_FALSE(desk.form.CommandBars1.MenuBar().Find(command::kStatusBar)->checked);
-}
-
 TEST(Commands, MarksTheSystemsStateInTheTrayMenu) {
   Desk desk;
   desk.Start();
