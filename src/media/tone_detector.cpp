@@ -82,8 +82,8 @@ bool ToneDetector::IsLevel() const {
   const auto [lowest, highest] = std::minmax_element(window.begin(), window.end());
   if (*highest <= kSteadyBlocks * *lowest)
     return true;
-  const auto [softer, louder] = std::minmax(std::accumulate(before.begin(), before.end(), 0.0),
-                                            std::accumulate(window.begin(), window.end(), 0.0));
+  const auto [softer, louder] = std::minmax(
+      {std::accumulate(before.begin(), before.end(), 0.0), std::accumulate(window.begin(), window.end(), 0.0)});
   return louder <= kSteadyWindows * softer;
 }
 
