@@ -1,0 +1,85 @@
+"""The line as an account with a registrar: known there, called through it, and back when it was gone."""
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import numpy as np
+
+import sound
+from program import Program, eventually, free_port, main
+from registrar import PASSWORD, AccountHome, Registrar, registered
+
+SPEECH = sound.voice(3, seed=4)
+SAID = np.concatenate([sound.silence(2), SPEECH, sound.silence(2)])
+
+
+class Account(unittest.TestCase):
+    def start(self, registrar, **home):
+        home = AccountHome(registrar, **home)
+        self.addCleanup(home.remove)
+        program = Program(home)
+        self.addCleanup(program.stop)
+        return home, program
+
+    def test_an_encrypted_call_over_tls_becomes_a_message(self):
+        with Registrar() as registrar, tempfile.TemporaryDirectory() as folder:
+            home, program = self.start(registrar, greeting=sound.voice(1, seed=2), encryption="required")
+            registered(program)
+            self.assertTrue(any("encrypted" in line for line in program.log), program.log)
+            told = self.baresip_calls(registrar, Path(folder))
+            eventually(lambda: home.messages(), "a message; baresip: " + told + "".join(program.log[-8:]))
+            [(name, record)] = home.complete_messages(1)
+            self.assertEqual(record["Number"], "caller")
+            speech = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
+            self.assertGreater(speech.correlation, 0.999, speech)
+            self.assertNotIn(PASSWORD, "".join(program.log))
+
+    def baresip_calls(self, registrar, folder):
+        sound.write_wave(folder / "speech.wav", SAID)
+        (folder / "config").write_text(
+            f"sip_listen 127.0.0.1:{free_port()}\nnet_interface 127.0.0.1\nsip_cafile {registrar.authority}\n"
+            f"audio_source aufile,{folder}/speech.wav\naudio_player aufile,{folder}/heard.wav\n"
+            f"audio_alert aufile,{folder}/heard.wav\nmodule_path /usr/lib/baresip/modules\nmodule_app account.so\n"
+            "module g711.so\nmodule aufile.so\nmodule_app menu.so\nmodule srtp.so\n")
+        at = f"127.0.0.1:{registrar.tls_port};transport=tls"
+        (folder / "accounts").write_text(
+            f'"Caller" <sip:caller@{at}>;auth_pass={PASSWORD};regint=60;audio_codecs=PCMU;mediaenc=srtp-mand\n')
+        (folder / "contacts").write_text("")
+        with subprocess.Popen(["baresip", "-f", folder, "-e", f"/dial sip:line@127.0.0.1:{registrar.tls_port}", "-t", "9"],
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as baresip:
+            try:
+                return baresip.communicate(timeout=40)[0].decode(errors="replace")
+            finally:
+                baresip.kill()
+
+    def test_a_registrar_that_was_gone_is_found_again(self):
+        with Registrar() as registrar:
+            _, program = self.start(registrar, transport="udp")
+            registered(program)
+            registrar.stop()
+            mark = program.mark()
+            program.wait_for_log("doesn't answer", mark, timeout=90)
+            registrar.start()
+            registered(program, mark, timeout=60)
+
+    def test_a_wrong_password_is_told_and_not_tried_again_and_again(self):
+        with Registrar() as registrar:
+            _, program = self.start(registrar, transport="udp", password="wrong")
+            program.wait_for_log("assword", timeout=30)
+            time.sleep(5)
+            self.assertLessEqual(len(registrar.asked()), 3, registrar.asked())
+
+    def test_a_server_that_proves_nothing_gets_nothing(self):
+        cases = {"authority": ({"authority": False}, {}), "expired": ({}, {"days": 0}), "name": ({}, {"name": "DNS:other"})}
+        for case, (home, certificate) in cases.items():
+            with self.subTest(case), Registrar(**certificate) as registrar:
+                time.sleep(1)
+                _, program = self.start(registrar, **home)
+                program.wait_for_log("certificate", timeout=30)
+                self.assertEqual(registrar.asked(), [])
+
+
+if __name__ == "__main__":
+    main()
