@@ -68,7 +68,8 @@ std::vector<std::string> Seeds() {
   for (unsigned i = 0; i < 8; ++i) {
     const auto sequence = static_cast<std::uint16_t>(i);
     stream += Packed({i == 0, 0, sequence, i * 160, 7, sound});
-    jumps += Packed({i % 2 == 1, 0, sequence, i * 0x3FFFFFFFU, 7, sound});
+    // Among them half the clock ahead of the reader, where differences turn over.
+    jumps += Packed({i % 2 == 1, 0, sequence, i * 0x7FFFFFE0U - i * JitterBuffer::kFirstDepth, 7, sound});
     keys += Packed({i == 0, 101, sequence, 160 * (i / 3), 7, key});
   }
   // Padding, a contributing source, an extension.

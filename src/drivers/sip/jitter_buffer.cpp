@@ -51,7 +51,7 @@ bool JitterBuffer::Put(std::uint32_t timestamp, bool marker, std::span<const std
   auto spare = static_cast<std::int32_t>(timestamp - next_);
   const auto length = static_cast<std::int32_t>(bytes.size());
   const bool beyond = spare > static_cast<std::int32_t>(kCapacity) - length;
-  const bool late = spare + length <= 0;
+  const bool late = spare <= -length;
   if (late)
     ++figures_.late;
   if (beyond || late) {
