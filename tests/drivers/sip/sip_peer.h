@@ -50,7 +50,7 @@ public:
   TestSocket rtp;
   std::string from = "\"Test\" <sip:test@127.0.0.1>";
   std::string callee = "kelmio"; // the user it calls
-  std::string more_headers; // of every request, each ending in CR LF
+  std::string more_headers;      // of every request, each ending in CR LF
 
   std::uint16_t Port() const { return sip_.Port(); }
   void SendRaw(std::string_view bytes) const { sip_.Send(line_port_, bytes); }
