@@ -32,6 +32,7 @@ constexpr std::array<Named<SipTransport>, 4> kTransports{{{SipTransport::Automat
                                                           {SipTransport::Tls, "tls"}}};
 constexpr std::array<Named<SipEncryption>, 3> kEncryptions{
     {{SipEncryption::Preferred, "preferred"}, {SipEncryption::Required, "required"}, {SipEncryption::Off, "off"}}};
+constexpr std::array<Named<bool>, 2> kYesOrNo{{{true, "yes"}, {false, "no"}}};
 
 char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -145,8 +146,10 @@ SipSettings ReadAccount(LinesFile& file, int number) {
   account.proxy = reader.Text("Proxy");
   account.display_name = reader.Text("DisplayName");
   account.authority = reader.Text("Authority");
+  account.stun_server = reader.Text("StunServer");
   reader.Choose("Transport", kTransports, SipTransport::Tls, account.transport);
   reader.Choose("Encryption", kEncryptions, SipEncryption::Required, account.encryption);
+  reader.Choose("Ice", kYesOrNo, account.ice, account.ice);
   reader.Count("Expires", kShortestExpires, kLongestExpires, account.expires);
   reader.Count("RingPeriod", kShortestRingPeriod.count(), kLongestRingPeriod.count(), settings.ring_period);
 
@@ -186,6 +189,8 @@ bool WriteAccount(const LinesFile& file, int number, const SipSettings& settings
                                              {"Transport", NameIn(kTransports, account.transport)},
                                              {"Authority", account.authority},
                                              {"Encryption", NameIn(kEncryptions, account.encryption)},
+                                             {"StunServer", account.stun_server},
+                                             {"Ice", NameIn(kYesOrNo, account.ice)},
                                              {"Expires", std::to_string(account.expires.count())},
                                              {"Port", std::to_string(settings.listen.port)},
                                              {"RingPeriod", std::to_string(settings.ring_period.count())},

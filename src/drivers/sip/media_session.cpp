@@ -39,6 +39,11 @@ bool IsSilent(std::span<const std::int16_t> samples) {
   return std::all_of(samples.begin(), samples.end(), [](std::int16_t s) { return std::abs(s) <= kSilentSample; });
 }
 
+RePtr<srtp> StreamWith(const SrtpKey& key) {
+  srtp* made = nullptr;
+  return srtp_alloc(&made, key.suite, key.bytes.data(), key.bytes.size(), 0) == 0 ? RePtr<srtp>(made) : nullptr;
+}
+
 } // namespace
 
 MediaSession::MediaSession(MediaEvents& events, std::chrono::milliseconds lost_peer)
@@ -70,6 +75,12 @@ bool MediaSession::Bind(const sa& address) {
   return true;
 }
 
+void MediaSession::ShareSocket() {
+  if (started_ && !shared_)
+    udp_thread_attach(socket_.get());
+  shared_ = true;
+}
+
 void MediaSession::SetTerms(const MediaTerms& terms) {
   const bool moved = !terms_ || !sa_cmp(&terms_->peer, &terms.peer, SA_ALL);
   if (moved) {
@@ -83,26 +94,34 @@ void MediaSession::SetTerms(const MediaTerms& terms) {
     UseDecoder(terms.send_coding);
   if (!terms_ || terms_->OnHold() != terms.OnHold())
     frames_unheard_ = 0;
-  UseKeys(terms);
+  UseKeysOf(terms);
   terms_ = terms;
 }
 
-void MediaSession::UseKeys(const MediaTerms& terms) {
-  const auto use = [](RePtr<srtp>& stream, const std::optional<SdesKey>& before, const std::optional<SdesKey>& key) {
-    // The same key goes on counting packets where it was.
-    if (before == key && (stream || !key))
-      return;
-    stream.reset();
-    struct srtp* made = nullptr;
-    if (key && srtp_alloc(&made, key->suite, key->key.data(), key->key.size(), 0) == 0)
-      stream.reset(made);
-  };
-  use(to_peer_, terms_ ? terms_->send_key : std::nullopt, terms.send_key);
-  use(from_peer_, terms_ ? terms_->receive_key : std::nullopt, terms.receive_key);
+void MediaSession::MovePeer(const sa& place) {
+  if (!terms_)
+    return;
+  MediaTerms moved = *terms_;
+  moved.peer = place;
+  SetTerms(moved);
+}
+
+void MediaSession::UseKeys(const SrtpKey& send, const SrtpKey& receive) {
+  to_peer_ = StreamWith(send);
+  from_peer_ = StreamWith(receive);
+}
+
+void MediaSession::UseKeysOf(const MediaTerms& terms) {
+  // The same keys go on counting packets where they were.
+  if (terms_ && terms_->send_key == terms.send_key && terms_->receive_key == terms.receive_key &&
+      terms_->dtls == terms.dtls)
+    return;
+  to_peer_ = terms.send_key ? StreamWith(*terms.send_key) : nullptr;
+  from_peer_ = terms.receive_key ? StreamWith(*terms.receive_key) : nullptr;
 }
 
 std::optional<std::span<const std::uint8_t>> MediaSession::Opened(std::span<const std::uint8_t> packet) {
-  if (!terms_->receive_key)
+  if (!terms_->IsProtected())
     return packet;
   if (!from_peer_)
     return std::nullopt;
@@ -127,7 +146,8 @@ void MediaSession::Start() {
   started_ = true;
   // From here on each frame takes what has come since the last one: sooner nobody asks for it, and the thread wakes up
   // half as often.
-  udp_thread_detach(socket_.get());
+  if (!shared_)
+    udp_thread_detach(socket_.get());
   timer_.StartRepeating(std::chrono::milliseconds{0}, kFrameTime, [this](std::uint64_t elapsed) { Ticks(elapsed); });
 }
 
@@ -138,6 +158,8 @@ void MediaSession::Arrived(const sa* source, mbuf* packet, void* self) {
 }
 
 void MediaSession::TakeArrived() {
+  if (shared_)
+    return;
   const int descriptor = udp_sock_fd(socket_.get(), sa_af(&local_));
   std::array<std::uint8_t, kLargestPacket> packet;
   for (int i = 0; i < kMostPacketsTaken; ++i) {
@@ -318,7 +340,7 @@ void MediaSession::Transmit(std::span<const std::uint8_t> payload) {
   packet_.resize(plain_size + kRoomForTag);
   mbuf buffer{packet_.data(), packet_.size(), 0, plain_size};
   // What can't be encrypted isn't said at all.
-  if (terms_->send_key && (!to_peer_ || srtp_encrypt(to_peer_.get(), &buffer) != 0))
+  if (terms_->IsProtected() && (!to_peer_ || srtp_encrypt(to_peer_.get(), &buffer) != 0))
     return;
   buffer.pos = 0;
   const sa& destination = latched_ ? *latched_ : terms_->peer;

@@ -41,8 +41,17 @@ public:
   /// The bound address and port.
   const sa& Local() const { return local_; }
 
+  /// For those who look at its packets before this session does, which holds the socket for as long as it lives. From
+  /// then on packets are taken as they come.
+  udp_sock* Socket() { return socket_.get(); }
+  void ShareSocket();
+
   /// The terms from now on. Sound of a peer that moves is taken from its new place only.
   void SetTerms(const MediaTerms& terms);
+  /// The peer of the terms is at `place`.
+  void MovePeer(const sa& place);
+  /// The keys that the terms leave to be agreed on.
+  void UseKeys(const SrtpKey& send, const SrtpKey& receive);
   void SetPort(std::shared_ptr<SoundPort> port) { port_ = std::move(port); }
 
   /// Starts the frames; the first comes at once. Nothing happens when they run already.
@@ -56,7 +65,7 @@ private:
   static void Arrived(const sa* source, mbuf* packet, void* self);
   void TakeArrived();
   void Take(const sa& source, std::span<const std::uint8_t> packet);
-  void UseKeys(const MediaTerms& terms);
+  void UseKeysOf(const MediaTerms& terms);
   /// The packet as it was before it was encrypted; nothing when it wasn't with the peer's key.
   std::optional<std::span<const std::uint8_t>> Opened(std::span<const std::uint8_t> packet);
   void Receive(const sa& source, const RtpPacket& packet);
@@ -80,6 +89,7 @@ private:
   std::shared_ptr<SoundPort> port_;
   MonotonicTimer timer_;
   bool started_ = false;
+  bool shared_ = false; // others look at the packets, too
 
   // Encryption, with the keys of the terms.
   RePtr<srtp> to_peer_;

@@ -33,16 +33,16 @@ std::string_view NextWord(std::string_view& text) {
 } // namespace
 
 std::optional<SdesKey> MakeSdesKey(int tag, srtp_suite suite) {
-  SdesKey made{tag, suite, std::vector<std::uint8_t>(kKeyBytes)};
-  if (::getrandom(made.key.data(), made.key.size(), 0) != static_cast<ssize_t>(made.key.size()))
+  SdesKey made{tag, {suite, std::vector<std::uint8_t>(kKeyBytes)}};
+  if (::getrandom(made.key.bytes.data(), kKeyBytes, 0) != static_cast<ssize_t>(kKeyBytes))
     return std::nullopt;
   return made;
 }
 
 std::optional<SdesKey> ParseSdesKey(std::string_view value) {
-  SdesKey key;
+  SdesKey read;
   const std::string_view tag = NextWord(value);
-  const auto [end, error] = std::from_chars(tag.data(), tag.data() + tag.size(), key.tag);
+  const auto [end, error] = std::from_chars(tag.data(), tag.data() + tag.size(), read.tag);
   if (error != std::errc() || end != tag.data() + tag.size())
     return std::nullopt;
 
@@ -51,7 +51,8 @@ std::optional<SdesKey> ParseSdesKey(std::string_view value) {
       std::find_if(kSuites.begin(), kSuites.end(), [&](const Suite& s) { return s.name == name; });
   if (suite == kSuites.end())
     return std::nullopt;
-  key.suite = suite->suite;
+  auto& [cipher, bytes] = read.key;
+  cipher = suite->suite;
 
   std::string_view text = NextWord(value);
   if (!text.starts_with(kInline))
@@ -64,20 +65,20 @@ std::optional<SdesKey> ParseSdesKey(std::string_view value) {
   const bool more = text.find(';') != std::string_view::npos || !NextWord(value).empty();
   if (indexed || more || bar != kKeyCharacters)
     return std::nullopt;
-  key.key.resize(kKeyCharacters);
-  std::size_t bytes = key.key.size();
-  if (base64_decode(text.data(), bar, key.key.data(), &bytes) != 0 || bytes != kKeyBytes)
+  bytes.resize(kKeyCharacters);
+  std::size_t length = bytes.size();
+  if (base64_decode(text.data(), bar, bytes.data(), &length) != 0 || length != kKeyBytes)
     return std::nullopt;
-  key.key.resize(bytes);
-  return key;
+  bytes.resize(length);
+  return read;
 }
 
 std::string ToText(const SdesKey& key) {
   const auto* const suite =
-      std::find_if(kSuites.begin(), kSuites.end(), [&](const Suite& s) { return s.suite == key.suite; });
+      std::find_if(kSuites.begin(), kSuites.end(), [&](const Suite& s) { return s.suite == key.key.suite; });
   std::array<char, kKeyCharacters + 1> text{};
   std::size_t length = text.size();
-  if (suite == kSuites.end() || base64_encode(key.key.data(), key.key.size(), text.data(), &length) != 0)
+  if (suite == kSuites.end() || base64_encode(key.key.bytes.data(), key.key.bytes.size(), text.data(), &length) != 0)
     return {};
   return std::to_string(key.tag) + " " + std::string(suite->name) + " " + std::string(kInline) +
          std::string(text.data(), length);

@@ -12,10 +12,16 @@
 namespace kelmio {
 
 /// What one side encrypts with: master key and salt (RFC 3711) for one cipher.
+struct SrtpKey {
+  srtp_suite suite = SRTP_AES_CM_128_HMAC_SHA1_80;
+  std::vector<std::uint8_t> bytes; // with its salt
+  bool operator==(const SrtpKey&) const = default;
+};
+
+/// A key as it stands in the signalling.
 struct SdesKey {
   int tag = 1; // by which an answer names the one of several keys that it takes
-  srtp_suite suite = SRTP_AES_CM_128_HMAC_SHA1_80;
-  std::vector<std::uint8_t> key; // with its salt
+  SrtpKey key;
   bool operator==(const SdesKey&) const = default;
 };
 

@@ -13,9 +13,16 @@ constexpr char kCrypto[] = "crypto";
 // With feedback packets (RFC 4585, RFC 5124), which are neither sent nor listened to.
 constexpr char kAvpf[] = "RTP/AVPF";
 constexpr char kSavpf[] = "RTP/SAVPF";
+// With keys that are agreed on along the sound's own way (RFC 5764).
+constexpr char kTlsSavp[] = "UDP/TLS/RTP/SAVP";
+constexpr char kTlsSavpf[] = "UDP/TLS/RTP/SAVPF";
+constexpr char kFingerprint[] = "fingerprint";
+constexpr char kSetup[] = "setup";
+// Reports and sound share a port (RFC 5761).
+constexpr char kShared[] = "rtcp-mux";
 
 bool IsProtected(std::string_view protocol) {
-  return protocol == sdp_proto_rtpsavp || protocol == kSavpf;
+  return protocol == sdp_proto_rtpsavp || protocol == kSavpf || protocol == kTlsSavp || protocol == kTlsSavpf;
 }
 
 bool TakeKey(const char*, const char* value, void* found) {
@@ -78,7 +85,8 @@ std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local, const st
   if (sdp_media_add(&sdp->audio_, session, sdp_media_audio, sa_port(&local), protocol) != 0)
     return nullptr;
   sdp->protection_ = protection;
-  int error = sdp_media_set_alt_protos(sdp->audio_, 4, sdp_proto_rtpavp, kAvpf, sdp_proto_rtpsavp, kSavpf);
+  int error =
+      sdp_media_set_alt_protos(sdp->audio_, 6, sdp_proto_rtpavp, kAvpf, sdp_proto_rtpsavp, kSavpf, kTlsSavp, kTlsSavpf);
   if (protection.wish == Wish::Offer || protection.wish == Wish::Demand) {
     sdp->own_key_ = MakeSdesKey(1, SRTP_AES_CM_128_HMAC_SHA1_80);
     if (!sdp->own_key_)
@@ -143,9 +151,15 @@ int SdpNegotiation::ReadKeys(bool offer, MediaTerms& terms) {
   using Wish = MediaProtection::Wish;
   std::optional<SdesKey> theirs;
   if (protection_.wish != Wish::Refuse)
+    terms.dtls = ReadDtlsPeer(offer);
+  if (terms.dtls) {
+    sdp_media_del_lattr(audio_, kCrypto);
+    return 0;
+  }
+  if (protection_.wish != Wish::Refuse)
     sdp_media_rattr_apply(audio_, kCrypto, &TakeKey, &theirs);
   // Who answers takes the key with the cipher of ours, or none.
-  if (!offer && theirs && (!own_key_ || theirs->suite != own_key_->suite))
+  if (!offer && theirs && (!own_key_ || theirs->key.suite != own_key_->key.suite))
     theirs.reset();
   if (!theirs) {
     if (protection_.wish == Wish::Demand || IsProtected(sdp_media_proto(audio_)))
@@ -153,17 +167,68 @@ int SdpNegotiation::ReadKeys(bool offer, MediaTerms& terms) {
     sdp_media_del_lattr(audio_, kCrypto);
     return 0;
   }
-  if (offer && (!own_key_ || own_key_->suite != theirs->suite || own_key_->tag != theirs->tag)) {
-    own_key_ = MakeSdesKey(theirs->tag, theirs->suite);
+  if (offer && (!own_key_ || own_key_->key.suite != theirs->key.suite || own_key_->tag != theirs->tag)) {
+    own_key_ = MakeSdesKey(theirs->tag, theirs->key.suite);
     if (!own_key_ || sdp_media_set_lattr(audio_, true, kCrypto, "%s", ToText(*own_key_).c_str()) != 0)
       return ENOMEM;
   }
-  terms.send_key = own_key_;
-  terms.receive_key = theirs;
+  terms.send_key = own_key_->key;
+  terms.receive_key = theirs->key;
   return 0;
 }
 
+// Keys that both ends make up are taken before any that have passed through the hands of all servers on the way.
+std::optional<DtlsPeer> SdpNegotiation::ReadDtlsPeer(bool offer) const {
+  const auto value = [&](const char* name) {
+    const char* const text = sdp_media_session_rattr(audio_, session_.get(), name);
+    return std::string_view(text ? text : "");
+  };
+  const auto peer = ParseDtlsPeer(value(kFingerprint), value(kSetup));
+  if (offer || !peer)
+    return peer;
+  // It isn't offered first; but a call may have agreed on it, and goes on with the same certificate.
+  const bool same = terms_ && terms_->dtls && terms_->dtls->certificate == peer->certificate;
+  return same ? terms_->dtls : std::nullopt;
+}
+
+void SdpNegotiation::ForEachAttribute(const std::function<void(const char*, const char*)>& take) const {
+  using Take = std::function<void(const char*, const char*)>;
+  const auto pass_on = [](const char* name, const char* value, void* taker) {
+    (*static_cast<const Take*>(taker))(name, value);
+    return false; // go on
+  };
+  auto taker = take;
+  sdp_session_rattr_apply(session_.get(), nullptr, pass_on, &taker);
+  sdp_media_rattr_apply(audio_, nullptr, pass_on, &taker);
+}
+
+void SdpNegotiation::SetAddress(const sa& address) {
+  sdp_session_set_laddr(session_.get(), &address);
+  sdp_media_set_laddr(audio_, &address);
+}
+
+int SdpNegotiation::SayPlaces(bool offer) {
+  for (const auto& [name, value] : places_)
+    sdp_media_del_lattr(audio_, name.c_str());
+  if (!offer && !peer_searches_)
+    return 0;
+  int error = 0;
+  for (const auto& [name, value] : places_)
+    error |= sdp_media_set_lattr(audio_, false, name.c_str(), "%s", value.c_str());
+  return error;
+}
+
 RePtr<mbuf> SdpNegotiation::Write(bool offer) {
+  int error = SayPlaces(offer);
+  sdp_media_del_lattr(audio_, kShared);
+  if (offer ? !places_.empty() : sdp_media_rattr(audio_, kShared) != nullptr)
+    error |= sdp_media_set_lattr(audio_, true, kShared, nullptr);
+  if (terms_ && terms_->dtls) {
+    error |= sdp_media_set_lattr(audio_, true, kFingerprint, "%s", fingerprint_.c_str());
+    error |= sdp_media_set_lattr(audio_, true, kSetup, "%s", terms_->dtls->begins ? "passive" : "active");
+  }
+  if (error != 0)
+    return nullptr;
   mbuf* body = nullptr;
   if (sdp_encode(&body, session_.get(), offer) != 0)
     return nullptr;

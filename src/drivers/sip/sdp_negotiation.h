@@ -3,10 +3,15 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "drivers/sip/audio_codec.h"
+#include "drivers/sip/dtls_keys.h"
 #include "drivers/sip/libre.h"
 #include "drivers/sip/sdes_keys.h"
 
@@ -21,14 +26,16 @@ struct MediaTerms {
   int send_type = payload_type::kPcmu;                    // payload type of what is sent
   int event_type = kNone;                                 // payload type of telephone events that come in
   std::array<std::optional<AudioCoding>, 128> receives{}; // sound that may come in, by payload type
-  // Both or none. With them, nothing else is sent or heard.
-  std::optional<SdesKey> send_key{};
-  std::optional<SdesKey> receive_key{};
+  // Both keys, or who they will be agreed on with, or neither. With either, nothing else is sent or heard.
+  std::optional<SrtpKey> send_key{};
+  std::optional<SrtpKey> receive_key{};
+  std::optional<DtlsPeer> dtls{};
   bool may_send = false;
   bool may_receive = false;
 
   /// Neither end's sound is wanted in full: the peer has put the call aside.
   bool OnHold() const { return !may_send || !may_receive; }
+  bool IsProtected() const { return send_key || dtls; }
   std::optional<AudioCoding> CodingOf(int type) const;
 };
 
@@ -55,6 +62,18 @@ public:
   /// there is no way to protect the sound as it is wished here or demanded there.
   int Read(const sip_msg& message, bool offer);
 
+  /// Calls `take` with each attribute of what was read, those of the session first. The texts go with the call.
+  void ForEachAttribute(const std::function<void(const char* name, const char* value)>& take) const;
+
+  /// What the next `Write` says: where the sound is received, the places at which else it may be (as names and values
+  /// of attributes), and the certificate that this side will show.
+  void SetAddress(const sa& address);
+  void SetPlaces(std::vector<std::pair<std::string, std::string>> places) { places_ = std::move(places); }
+  void SetFingerprint(const std::string& fingerprint) { fingerprint_ = fingerprint; }
+  /// Whether the other side looks for a way between the places; only then an answer names them.
+  void SetPeerSearches(bool searches) { peer_searches_ = searches; }
+  bool PeerSearches() const { return peer_searches_; }
+
   /// The body of our offer or answer; nothing when out of memory.
   RePtr<mbuf> Write(bool offer);
 
@@ -64,12 +83,17 @@ public:
 private:
   SdpNegotiation() = default;
   int ReadKeys(bool offer, MediaTerms& terms);
+  std::optional<DtlsPeer> ReadDtlsPeer(bool offer) const;
+  int SayPlaces(bool offer);
 
   RePtr<sdp_session> session_;
   sdp_media* audio_ = nullptr; // owned by the session
   std::optional<MediaTerms> terms_;
   MediaProtection protection_;
   std::optional<SdesKey> own_key_; // what is or was offered or answered
+  std::string fingerprint_;
+  std::vector<std::pair<std::string, std::string>> places_;
+  bool peer_searches_ = false;
 };
 
 } // namespace kelmio

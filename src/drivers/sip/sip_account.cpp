@@ -74,6 +74,8 @@ std::string FaultOf(const SipAccount& account) {
     return "The account has no user name.";
   if (!account.proxy.empty() && !ParseServerName(account.proxy))
     return "\"" + account.proxy + "\" is no proxy.";
+  if (!account.stun_server.empty() && !ParseServerName(account.stun_server))
+    return "\"" + account.stun_server + "\" is no STUN server.";
   for (const std::string& text : {account.user, account.auth_user, account.password, account.display_name})
     if (HasControl(text))
       return "The account holds a character that can't be typed.";

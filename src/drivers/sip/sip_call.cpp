@@ -24,7 +24,7 @@ bool HasBody(const sip_msg& message) {
 } // namespace
 
 SipCall::SipCall(SipCallHost& host, SipCallNumber number)
-    : host_(host), number_(number), media_(*this, host.Settings().times.lost_peer) {}
+    : host_(host), number_(number), sound_(*this, host.Settings()) {}
 
 SipCall::~SipCall() {
   // An unanswered caller hears that nobody is there rather than that the line is busy.
@@ -32,39 +32,21 @@ SipCall::~SipCall() {
     sipsess_reject(session_.get(), 480, "Temporarily Unavailable", nullptr);
 }
 
-bool SipCall::PrepareMedia(const sa& local, bool protected_way) {
-  if (!media_.Bind(local))
-    return false;
-  using Wish = MediaProtection::Wish;
-  const auto& account = host_.Settings().account;
-  const SipEncryption encryption = account ? account->encryption : SipEncryption::Preferred;
-  MediaProtection protection;
-  if (encryption == SipEncryption::Off)
-    protection.wish = Wish::Refuse;
-  else if (encryption == SipEncryption::Required)
-    protection.wish = Wish::Demand;
-  else // keys that everyone on the way can read are of no use to offer
-    protection.wish = protected_way ? Wish::Offer : Wish::Take;
-  sdp_ = SdpNegotiation::Create(media_.Local(), host_.Settings().codings, protection);
-  return sdp_ != nullptr;
-}
-
 // --- incoming
 
 bool SipCall::TakeInvite(const sip_msg& invite) {
   const auto local = host_.AddressTowards(invite.src);
-  if (!local || !PrepareMedia(*local, invite.tp == SIP_TRANSP_TLS)) {
+  if (!local || !sound_.Prepare(*local, invite.tp == SIP_TRANSP_TLS, !HasBody(invite), host_.Names())) {
     sip_treply(nullptr, host_.Stack(), &invite, 500, "Server Internal Error");
     return false;
   }
   if (HasBody(invite)) {
-    if (const int error = sdp_->Read(invite, true)) {
+    if (const int error = sound_.Read(invite, true)) {
       sip_treply(nullptr, host_.Stack(), &invite, 488, "Not Acceptable Here");
       Log(error == EPROTO ? "SIP line: a caller was refused: the line and he don't agree on encrypted sound"
                           : "SIP line: a caller with no usable sound format was refused");
       return false;
     }
-    media_.SetTerms(*sdp_->Terms());
   }
   sipsess* session = nullptr;
   const std::string contact = host_.NamesAt(*local).contact;
@@ -114,10 +96,13 @@ void SipCall::Answer() {
     Connected();
     return;
   }
-  if (phase_ != Phase::Ringing || !session_)
-    return;
-  const bool late_offer = !sdp_->Terms();
-  const RePtr<mbuf> body = sdp_->Write(late_offer);
+  if (phase_ == Phase::Ringing && session_)
+    sound_.WhenReady([this] { SendAnswer(); });
+}
+
+void SipCall::SendAnswer() {
+  const bool late_offer = !sound_.HasTerms();
+  const RePtr<mbuf> body = sound_.Write(late_offer);
   if (!body ||
       sipsess_answer(session_.get(), 200, "OK", body.get(), "%s%s", kAllowHeader, answer_lines_.c_str()) != 0) {
     Log("SIP line: the call could not be answered");
@@ -126,8 +111,10 @@ void SipCall::Answer() {
   }
   phase_ = Phase::Answered;
   ring_timer_.Stop();
-  if (!late_offer)
-    media_.Start();
+  if (!late_offer) {
+    sound_.Meet();
+    sound_.Start();
+  }
   patience_.StartOnce(host_.Settings().times.confirm, [this](std::uint64_t) {
     Log("SIP line: the caller never confirmed the answer");
     Over();
@@ -140,7 +127,7 @@ void SipCall::Dial(const std::string& text) {
   outgoing_ = true;
   if (text.empty()) {
     phase_ = Phase::OffHook;
-    media_.Start();
+    sound_.Start();
     return;
   }
   phase_ = Phase::Dialing;
@@ -174,48 +161,59 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
     sa_init(&peer, AF_UNSPEC);
   const auto local = host_.AddressTowards(peer);
   const bool protected_way = local && host_.NamesAt(*local).contact.find(kOverTls) != std::string::npos;
-  const RePtr<mbuf> body = local && PrepareMedia(*local, protected_way) ? sdp_->Write(true) : nullptr;
-  int error = EADDRNOTAVAIL;
-  if (body) {
-    const SipNames own = host_.NamesAt(*local);
-    std::vector<std::string> routes = own.routes;
-    // An account's calls all go through its server; what is called elsewhere has to be told the way.
-    if (host_.Registration() && !own_server && routes.empty())
-      routes.push_back("sip:" + ParseServerName(host_.Settings().account->server).value_or(ServerName{}).Text());
-    std::vector<const char*> route_texts;
-    route_texts.reserve(routes.size());
-    for (const std::string& route : routes)
-      route_texts.push_back(route.c_str());
-    sip_auth_h* const credentials = own_server ? &SipRegistration::Credentials : &SipRegistration::CredentialsBeyond;
-    sipsess* session = nullptr;
-    error = sipsess_connect(&session, host_.Sessions(), uri.c_str(),
-                            own.display_name.empty() ? nullptr : own.display_name.c_str(), own.from.c_str(),
-                            own.contact.c_str(), route_texts.data(), static_cast<std::uint32_t>(route_texts.size()),
-                            kSdpType, body.get(), host_.Registration() ? credentials : nullptr, host_.Registration(),
-                            false, &SipCall::OnOffer, &SipCall::OnAnswer, &SipCall::OnProgress, &SipCall::OnEstablished,
-                            &SipCall::OnInfo, nullptr, &SipCall::OnClosed, this, "%s", kAllowHeader);
-    session_.reset(session);
-  }
-  if (error != 0) {
-    Log("SIP line: " + uri + " can't be called: " +
-        (!local && host_.Registration() ? "there is no way to the account's server now"
-                                        : std::generic_category().message(error)));
-    Over();
+  if (!local || !sound_.Prepare(*local, protected_way, true, host_.Names())) {
+    CantCall(uri, EADDRNOTAVAIL);
     return;
   }
   patience_.StartOnce(host_.Settings().times.no_answer, [this](std::uint64_t) {
     Log("SIP line: nobody answers");
     Over();
   });
+  sound_.WhenReady([this, uri, own_server, local = *local] {
+    if (const int error = SendInvite(uri, local, own_server))
+      CantCall(uri, error);
+  });
+}
+
+int SipCall::SendInvite(const std::string& uri, const sa& local, bool own_server) {
+  const RePtr<mbuf> body = sound_.Write(true);
+  if (!body)
+    return ENOMEM;
+  const SipNames own = host_.NamesAt(local);
+  std::vector<std::string> routes = own.routes;
+  // An account's calls all go through its server; what is called elsewhere has to be told the way.
+  if (host_.Registration() && !own_server && routes.empty())
+    routes.push_back("sip:" + ParseServerName(host_.Settings().account->server).value_or(ServerName{}).Text());
+  std::vector<const char*> route_texts;
+  route_texts.reserve(routes.size());
+  for (const std::string& route : routes)
+    route_texts.push_back(route.c_str());
+  sip_auth_h* const credentials = own_server ? &SipRegistration::Credentials : &SipRegistration::CredentialsBeyond;
+  sipsess* session = nullptr;
+  const int error = sipsess_connect(
+      &session, host_.Sessions(), uri.c_str(), own.display_name.empty() ? nullptr : own.display_name.c_str(),
+      own.from.c_str(), own.contact.c_str(), route_texts.data(), static_cast<std::uint32_t>(route_texts.size()),
+      kSdpType, body.get(), host_.Registration() ? credentials : nullptr, host_.Registration(), false,
+      &SipCall::OnOffer, &SipCall::OnAnswer, &SipCall::OnProgress, &SipCall::OnEstablished, &SipCall::OnInfo, nullptr,
+      &SipCall::OnClosed, this, "%s", kAllowHeader);
+  session_.reset(session);
+  return error;
+}
+
+void SipCall::CantCall(const std::string& uri, int error) {
+  Log("SIP line: " + uri + " can't be called: " +
+      (error == EADDRNOTAVAIL && host_.Registration() ? "there is no way to the account's server now"
+                                                      : std::generic_category().message(error)));
+  Over();
 }
 
 void SipCall::OnProgress(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   call->ReportState(message->scode == 180 ? CallState::Ringback : CallState::Proceeding);
   // What is heard before the answer: the network's own tones, and its words on why there will be none.
-  if (HasBody(*message) && call->sdp_->Read(*message, false) == 0) {
-    call->media_.SetTerms(*call->sdp_->Terms());
-    call->media_.Start();
+  if (HasBody(*message) && call->sound_.Read(*message, false) == 0) {
+    call->sound_.Meet();
+    call->sound_.Start();
   }
 }
 
@@ -225,22 +223,23 @@ int SipCall::OnOffer(mbuf** body, const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   const bool has_offer = HasBody(*message);
   if (has_offer) {
-    if (const int error = call->sdp_->Read(*message, true))
+    if (const int error = call->sound_.Read(*message, true))
       return error;
-    call->media_.SetTerms(*call->sdp_->Terms());
   }
-  *body = call->sdp_->Write(!has_offer).release();
+  *body = call->sound_.Write(!has_offer).release();
+  if (has_offer)
+    call->sound_.Meet();
   return *body ? 0 : ENOMEM;
 }
 
 int SipCall::OnAnswer(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   // The terms of the sound before the answer may hold on without being said again.
-  if (!HasBody(*message) && call->sdp_->Terms())
+  if (!HasBody(*message) && call->sound_.HasTerms())
     return 0;
-  if (const int error = call->sdp_->Read(*message, false))
+  if (const int error = call->sound_.Read(*message, false))
     return error;
-  call->media_.SetTerms(*call->sdp_->Terms());
+  call->sound_.Meet();
   return 0;
 }
 
@@ -254,8 +253,8 @@ void SipCall::Connected() {
   phase_ = Phase::Up;
   ring_timer_.Stop();
   patience_.Stop();
-  media_.Start();
-  media_.ExpectPeer();
+  sound_.Start();
+  sound_.ExpectPeer();
   host_.Report({.kind = SipReport::Kind::Connected, .call = number_});
 }
 
@@ -294,6 +293,11 @@ void SipCall::PeerLost() {
   if (phase_ == Phase::Dialing)
     return;
   Log("SIP line: nothing is heard of the other side any more; the call is ended");
+  Over();
+}
+
+void SipCall::NoKeys() {
+  Log("SIP line: the other side doesn't prove that it is the one that was announced; the call is ended");
   Over();
 }
 

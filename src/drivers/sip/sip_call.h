@@ -5,11 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "drivers/sip/call_sound.h"
 #include "drivers/sip/engine_messages.h"
 #include "drivers/sip/libre.h"
-#include "drivers/sip/media_session.h"
 #include "drivers/sip/monotonic_timer.h"
-#include "drivers/sip/sdp_negotiation.h"
 #include "drivers/sip/sip_registration.h"
 #include "drivers/sip/sip_settings.h"
 
@@ -32,6 +31,8 @@ public:
   virtual const SipSettings& Settings() const = 0;
   virtual sipsess_sock* Sessions() = 0;
   virtual sip* Stack() = 0;
+  /// What looks up names; may be absent.
+  virtual dnsc* Names() = 0;
   /// The address of this computer that `peer` sees, with the line's SIP port; nothing when there is no way there.
   virtual std::optional<sa> AddressTowards(const sa& peer) = 0;
   /// `local` is the line's address towards the other side.
@@ -47,7 +48,7 @@ public:
 };
 
 /// Engine thread only. A call ends by `Hangup`, by its destruction (which tells the peer) or by `CallOver`.
-class SipCall : private MediaEvents {
+class SipCall : private CallSoundEvents {
 public:
   SipCall(SipCallHost& host, SipCallNumber number);
   ~SipCall() override;
@@ -63,7 +64,7 @@ public:
 
   void Answer();
   void Hangup();
-  void SetSoundPort(std::shared_ptr<SoundPort> port) { media_.SetPort(std::move(port)); }
+  void SetSoundPort(std::shared_ptr<SoundPort> port) { sound_.SetPort(std::move(port)); }
 
 private:
   enum class Phase { Ringing, Answered, OffHook, Dialing, Up };
@@ -78,11 +79,14 @@ private:
 
   void DigitHeard(char digit) override;
   void PeerLost() override;
+  void NoKeys() override;
 
-  bool PrepareMedia(const sa& local, bool protected_way);
+  void SendAnswer();
   void ReportRings();
   void ReportCaller(const sip_msg& invite);
   void Invite(const std::string& uri, bool own_server);
+  int SendInvite(const std::string& uri, const sa& local, bool own_server);
+  void CantCall(const std::string& uri, int error);
   void Connected();
   void ReportState(CallState state);
   void Log(const std::string& text);
@@ -96,8 +100,7 @@ private:
   CallState reported_ = CallState::Unknown;
   int rings_ = 0;
   std::string answer_lines_; // headers of the answer beside the usual ones
-  std::unique_ptr<SdpNegotiation> sdp_;
-  MediaSession media_;
+  CallSound sound_;
   MonotonicTimer ring_timer_;
   MonotonicTimer patience_; // ends a state that the other side never ends
   RePtr<sipsess> session_;

@@ -190,6 +190,10 @@ sip* SipEngine::Stack() {
   return loop_->transports.Stack();
 }
 
+dnsc* SipEngine::Names() {
+  return loop_->names.get();
+}
+
 std::optional<sa> SipEngine::AddressTowards(const sa& peer) {
   return loop_->transports.AddressTowards(peer);
 }

@@ -53,6 +53,7 @@ private:
   const SipSettings& Settings() const override { return settings_; }
   sipsess_sock* Sessions() override;
   sip* Stack() override;
+  dnsc* Names() override;
   std::optional<sa> AddressTowards(const sa& peer) override;
   SipNames NamesAt(const sa& local) override;
   bool IsFromRegistrar(const sip_msg& message) override;

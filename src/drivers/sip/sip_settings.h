@@ -83,6 +83,8 @@ struct SipAccount {
   SipTransport transport = SipTransport::Automatic;
   std::string authority; // path of a PEM file with the authority that certifies the server; empty: the system's
   SipEncryption encryption = SipEncryption::Preferred;
+  std::string stun_server;           // host and port; empty: none is asked
+  bool ice = true;                   // look for a direct way through routers, where the other side does too
   std::chrono::seconds expires{600}; // of a registration
   bool operator==(const SipAccount&) const = default;
 };

@@ -57,6 +57,7 @@ void frmSipAccount::SetCaptions() {
   chkShowPassword.Caption = "Show";
   cboTransport.Items = {"Automatic", "UDP", "TCP", "TLS, encrypted"};
   cmdBrowseAuthority.Caption = "Browse";
+  chkIce.Caption = "Look for a direct way through routers (ICE)";
   cboEncryption.Items = {"Preferred: where the other side can", "Required: other calls are refused", "Off"};
   cmdTry.Caption = "Try";
   cmdRemove.Caption = kRemove;
@@ -75,6 +76,8 @@ void frmSipAccount::Load() {
   cboTransport.ListIndex = PlaceOf(kTransports, account.transport);
   txtProxy.Text = account.proxy;
   txtAuthority.Text = account.authority;
+  txtStunServer.Text = account.stun_server;
+  chkIce.Value = account.ice;
   cboEncryption.ListIndex = PlaceOf(kEncryptions, account.encryption);
   txtRingPeriod.Text = std::to_string(settings.ring_period.count());
   codecs_.Show(settings.codings);
@@ -96,6 +99,8 @@ void frmSipAccount::VisitControls(ControlVisitor& visitor) {
   visitor.Visit("txtProxy", txtProxy);
   visitor.Visit("txtAuthority", txtAuthority);
   visitor.Visit("cmdBrowseAuthority", cmdBrowseAuthority);
+  visitor.Visit("txtStunServer", txtStunServer);
+  visitor.Visit("chkIce", chkIce);
   visitor.Visit("cboEncryption", cboEncryption);
   visitor.Visit("lvwCodecs", lvwCodecs);
   visitor.Visit("cmdCodecUp", cmdCodecUp);
@@ -179,13 +184,15 @@ bool frmSipAccount::TakeNames(SipAccount& account) {
 std::optional<SipSettings> frmSipAccount::Entered() {
   SipSettings settings = line_.Settings();
   SipAccount account = settings.account.value_or(SipAccount{});
-  if (!TakeNames(account) || !TakeHost(txtProxy, kMorePage, "The proxy", account.proxy))
+  if (!TakeNames(account) || !TakeHost(txtProxy, kMorePage, "The proxy", account.proxy) ||
+      !TakeHost(txtStunServer, kMorePage, "The STUN server", account.stun_server))
     return std::nullopt;
   account.password = txtPassword.Text;
   account.display_name = TextOf(txtDisplayName);
   account.auth_user = TextOf(txtAuthUser);
   account.transport = ChosenOf(kTransports, cboTransport);
   account.authority = TextOf(txtAuthority);
+  account.ice = chkIce.Value;
   account.encryption = ChosenOf(kEncryptions, cboEncryption);
 
   const auto period = RingPeriodIn(txtRingPeriod.Text.Get());

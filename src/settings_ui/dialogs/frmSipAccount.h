@@ -34,6 +34,8 @@ public:
   TextBox txtProxy;
   TextBox txtAuthority; // path
   Button cmdBrowseAuthority;
+  TextBox txtStunServer;
+  CheckBox chkIce;
   ComboBox cboEncryption;
   ListView lvwCodecs;
   Button cmdCodecUp;

@@ -257,6 +257,8 @@ TEST(SipAccountFileTest, KeepsAccountsAndHidesTheirPasswords) {
   account.display_name = "Jane";
   account.transport = SipTransport::Tls;
   account.encryption = SipEncryption::Required;
+  account.stun_server = "stun.example.org";
+  account.ice = false;
   account.expires = std::chrono::seconds{300};
   ASSERT_EQ(line->TakeOver(settings).state, SipTakeOver::State::Done);
   struct stat status {};

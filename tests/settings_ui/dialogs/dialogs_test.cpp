@@ -242,6 +242,7 @@ TEST_F(SipAccountDialogTest, ThreeEntriesMakeAnAccount) {
 
 TEST_F(SipAccountDialogTest, HandsOverEveryEntryAndKeepsWhatItDoesNotShow) {
   line.settings.account = Account("old", "old");
+  line.settings.account->ice = false;
   line.settings.account->expires = std::chrono::seconds(90);
   files.choice = "/ca.pem";
   Show([](frmSipAccount& form) {
@@ -251,6 +252,7 @@ TEST_F(SipAccountDialogTest, HandsOverEveryEntryAndKeepsWhatItDoesNotShow) {
     form.cboTransport.ListIndex = 3;
     form.txtProxy.Text = "sip:2001:db8::1";
     form.cmdBrowseAuthority.Click();
+    form.txtStunServer.Text = "stun.example.org";
     form.cboEncryption.ListIndex = 1;
     form.txtRingPeriod.Text = "5000";
     form.cmdCodecUse.Click();
@@ -265,6 +267,8 @@ TEST_F(SipAccountDialogTest, HandsOverEveryEntryAndKeepsWhatItDoesNotShow) {
   expected.transport = SipTransport::Tls;
   expected.authority = "/ca.pem";
   expected.encryption = SipEncryption::Required;
+  expected.stun_server = "stun.example.org";
+  expected.ice = false;
   expected.expires = std::chrono::seconds(90);
   EXPECT_EQ(taken.account, expected);
   EXPECT_EQ(taken.ring_period, std::chrono::milliseconds(5000));
