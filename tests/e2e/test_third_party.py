@@ -46,6 +46,9 @@ class ThirdParty(ProgramTestCase):
     def test_baresip_that_demands_encrypted_sound(self):
         self.take_baresips_call("srtp.so", "srtp-mand")
 
+    def test_baresip_that_agrees_on_keys_along_the_way_of_the_sound(self):
+        self.take_baresips_call("dtls_srtp.so", "dtls_srtp")
+
     def take_baresips_call(self, module=None, encryption=None):
         sound.write_wave(self.folder / "speech.wav", SAID)
         (self.folder / "config").write_text(

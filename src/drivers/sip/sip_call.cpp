@@ -24,7 +24,7 @@ bool HasBody(const sip_msg& message) {
 } // namespace
 
 SipCall::SipCall(SipCallHost& host, SipCallNumber number)
-    : host_(host), number_(number), sound_(*this, host.Settings()) {}
+    : host_(host), number_(number), media_(*this, host.Settings()) {}
 
 SipCall::~SipCall() {
   // An unanswered caller hears that nobody is there rather than that the line is busy.
@@ -36,12 +36,12 @@ SipCall::~SipCall() {
 
 bool SipCall::TakeInvite(const sip_msg& invite) {
   const auto local = host_.AddressTowards(invite.src);
-  if (!local || !sound_.Prepare(*local, invite.tp == SIP_TRANSP_TLS, !HasBody(invite), host_.Names())) {
+  if (!local || !media_.Prepare(*local, invite.tp == SIP_TRANSP_TLS, !HasBody(invite), host_.Names())) {
     sip_treply(nullptr, host_.Stack(), &invite, 500, "Server Internal Error");
     return false;
   }
   if (HasBody(invite)) {
-    if (const int error = sound_.Read(invite, true)) {
+    if (const int error = media_.Read(invite, true)) {
       sip_treply(nullptr, host_.Stack(), &invite, 488, "Not Acceptable Here");
       Log(error == EPROTO ? "SIP line: a caller was refused: the line and he don't agree on encrypted sound"
                           : "SIP line: a caller with no usable sound format was refused");
@@ -97,12 +97,12 @@ void SipCall::Answer() {
     return;
   }
   if (phase_ == Phase::Ringing && session_)
-    sound_.WhenReady([this] { SendAnswer(); });
+    media_.WhenReady([this] { SendAnswer(); });
 }
 
 void SipCall::SendAnswer() {
-  const bool late_offer = !sound_.HasTerms();
-  const RePtr<mbuf> body = sound_.Write(late_offer);
+  const bool late_offer = !media_.HasTerms();
+  const RePtr<mbuf> body = media_.Write(late_offer);
   if (!body ||
       sipsess_answer(session_.get(), 200, "OK", body.get(), "%s%s", kAllowHeader, answer_lines_.c_str()) != 0) {
     Log("SIP line: the call could not be answered");
@@ -112,8 +112,8 @@ void SipCall::SendAnswer() {
   phase_ = Phase::Answered;
   ring_timer_.Stop();
   if (!late_offer) {
-    sound_.Meet();
-    sound_.Start();
+    media_.Meet();
+    media_.Start();
   }
   patience_.StartOnce(host_.Settings().times.confirm, [this](std::uint64_t) {
     Log("SIP line: the caller never confirmed the answer");
@@ -127,7 +127,7 @@ void SipCall::Dial(const std::string& text) {
   outgoing_ = true;
   if (text.empty()) {
     phase_ = Phase::OffHook;
-    sound_.Start();
+    media_.Start();
     return;
   }
   phase_ = Phase::Dialing;
@@ -161,7 +161,7 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
     sa_init(&peer, AF_UNSPEC);
   const auto local = host_.AddressTowards(peer);
   const bool protected_way = local && host_.NamesAt(*local).contact.find(kOverTls) != std::string::npos;
-  if (!local || !sound_.Prepare(*local, protected_way, true, host_.Names())) {
+  if (!local || !media_.Prepare(*local, protected_way, true, host_.Names())) {
     CantCall(uri, EADDRNOTAVAIL);
     return;
   }
@@ -169,14 +169,14 @@ void SipCall::Invite(const std::string& uri, bool own_server) {
     Log("SIP line: nobody answers");
     Over();
   });
-  sound_.WhenReady([this, uri, own_server, local = *local] {
+  media_.WhenReady([this, uri, own_server, local = *local] {
     if (const int error = SendInvite(uri, local, own_server))
       CantCall(uri, error);
   });
 }
 
 int SipCall::SendInvite(const std::string& uri, const sa& local, bool own_server) {
-  const RePtr<mbuf> body = sound_.Write(true);
+  const RePtr<mbuf> body = media_.Write(true);
   if (!body)
     return ENOMEM;
   const SipNames own = host_.NamesAt(local);
@@ -211,9 +211,9 @@ void SipCall::OnProgress(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   call->ReportState(message->scode == 180 ? CallState::Ringback : CallState::Proceeding);
   // What is heard before the answer: the network's own tones, and its words on why there will be none.
-  if (HasBody(*message) && call->sound_.Read(*message, false) == 0) {
-    call->sound_.Meet();
-    call->sound_.Start();
+  if (HasBody(*message) && call->media_.Read(*message, false) == 0) {
+    call->media_.Meet();
+    call->media_.Start();
   }
 }
 
@@ -223,23 +223,23 @@ int SipCall::OnOffer(mbuf** body, const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   const bool has_offer = HasBody(*message);
   if (has_offer) {
-    if (const int error = call->sound_.Read(*message, true))
+    if (const int error = call->media_.Read(*message, true))
       return error;
   }
-  *body = call->sound_.Write(!has_offer).release();
+  *body = call->media_.Write(!has_offer).release();
   if (has_offer)
-    call->sound_.Meet();
+    call->media_.Meet();
   return *body ? 0 : ENOMEM;
 }
 
 int SipCall::OnAnswer(const sip_msg* message, void* self) {
   auto* call = static_cast<SipCall*>(self);
   // The terms of the sound before the answer may hold on without being said again.
-  if (!HasBody(*message) && call->sound_.HasTerms())
+  if (!HasBody(*message) && call->media_.HasTerms())
     return 0;
-  if (const int error = call->sound_.Read(*message, false))
+  if (const int error = call->media_.Read(*message, false))
     return error;
-  call->sound_.Meet();
+  call->media_.Meet();
   return 0;
 }
 
@@ -253,8 +253,8 @@ void SipCall::Connected() {
   phase_ = Phase::Up;
   ring_timer_.Stop();
   patience_.Stop();
-  sound_.Start();
-  sound_.ExpectPeer();
+  media_.Start();
+  media_.ExpectPeer();
   host_.Report({.kind = SipReport::Kind::Connected, .call = number_});
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "drivers/sip/call_sound.h"
+#include "drivers/sip/call_media.h"
 #include "drivers/sip/engine_messages.h"
 #include "drivers/sip/libre.h"
 #include "drivers/sip/monotonic_timer.h"
@@ -48,7 +48,7 @@ public:
 };
 
 /// Engine thread only. A call ends by `Hangup`, by its destruction (which tells the peer) or by `CallOver`.
-class SipCall : private CallSoundEvents {
+class SipCall : private CallMediaEvents {
 public:
   SipCall(SipCallHost& host, SipCallNumber number);
   ~SipCall() override;
@@ -64,7 +64,7 @@ public:
 
   void Answer();
   void Hangup();
-  void SetSoundPort(std::shared_ptr<SoundPort> port) { sound_.SetPort(std::move(port)); }
+  void SetSoundPort(std::shared_ptr<SoundPort> port) { media_.SetPort(std::move(port)); }
 
 private:
   enum class Phase { Ringing, Answered, OffHook, Dialing, Up };
@@ -100,7 +100,7 @@ private:
   CallState reported_ = CallState::Unknown;
   int rings_ = 0;
   std::string answer_lines_; // headers of the answer beside the usual ones
-  CallSound sound_;
+  CallMedia media_;
   MonotonicTimer ring_timer_;
   MonotonicTimer patience_; // ends a state that the other side never ends
   RePtr<sipsess> session_;

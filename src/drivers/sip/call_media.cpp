@@ -1,11 +1,11 @@
-#include "drivers/sip/call_sound.h"
+#include "drivers/sip/call_media.h"
 
 #include <cerrno>
 #include <utility>
 
 namespace kelmio {
 
-bool CallSound::Prepare(const sa& local, bool protected_way, bool offers, dnsc* names) {
+bool CallMedia::Prepare(const sa& local, bool protected_way, bool offers, dnsc* names) {
   if (!media_.Bind(local))
     return false;
   sdp_ = SdpNegotiation::Create(media_.Local(), settings_.codings, Protection(protected_way));
@@ -34,7 +34,7 @@ bool CallSound::Prepare(const sa& local, bool protected_way, bool offers, dnsc* 
   return true;
 }
 
-MediaProtection CallSound::Protection(bool protected_way) const {
+MediaProtection CallMedia::Protection(bool protected_way) const {
   using Wish = MediaProtection::Wish;
   const auto& account = settings_.account;
   switch (account ? account->encryption : SipEncryption::Preferred) {
@@ -49,14 +49,14 @@ MediaProtection CallSound::Protection(bool protected_way) const {
   return {protected_way ? Wish::Offer : Wish::Take};
 }
 
-void CallSound::WhenReady(std::function<void()> ready) {
+void CallMedia::WhenReady(std::function<void()> ready) {
   if (gathered_)
     ready();
   else
     ready_ = std::move(ready);
 }
 
-int CallSound::Read(const sip_msg& message, bool offer) {
+int CallMedia::Read(const sip_msg& message, bool offer) {
   if (const int error = sdp_->Read(message, offer))
     return error;
   if (ice_ && settings_.account->ice) {
@@ -69,7 +69,7 @@ int CallSound::Read(const sip_msg& message, bool offer) {
   return 0;
 }
 
-int CallSound::PrepareKeys() {
+int CallMedia::PrepareKeys() {
   const auto& peer = sdp_->Terms()->dtls;
   if (!peer || (keys_ && keys_->Peer() == *peer))
     return 0;
@@ -87,14 +87,14 @@ int CallSound::PrepareKeys() {
   return 0;
 }
 
-void CallSound::UseTerms() {
+void CallMedia::UseTerms() {
   MediaTerms terms = *sdp_->Terms();
   if (way_)
     terms.peer = *way_;
   media_.SetTerms(terms);
 }
 
-RePtr<mbuf> CallSound::Write(bool offer) {
+RePtr<mbuf> CallMedia::Write(bool offer) {
   if (ice_) {
     sdp_->SetAddress(ice_->Reachable());
     if (settings_.account->ice)
@@ -103,7 +103,7 @@ RePtr<mbuf> CallSound::Write(bool offer) {
   return sdp_->Write(offer);
 }
 
-void CallSound::Meet() {
+void CallMedia::Meet() {
   if (!HasTerms())
     return;
   if (ice_ && sdp_->PeerSearches() && ice_->Begin())
@@ -112,7 +112,7 @@ void CallSound::Meet() {
     AgreeOnKeys();
 }
 
-void CallSound::AgreeOnKeys() {
+void CallMedia::AgreeOnKeys() {
   if (keys_)
     keys_->Begin(way_.value_or(sdp_->Terms()->peer));
 }

@@ -15,17 +15,17 @@
 namespace kelmio {
 
 /// What the sound tells its call. Called on the engine thread.
-class CallSoundEvents : public MediaEvents {
+class CallMediaEvents : public MediaEvents {
 public:
   /// The other side isn't the one that it says it is, or gives up to agree on keys. May destroy the sound.
   virtual void NoKeys() = 0;
 };
 
 /// Engine thread only. The functions that return an int give 0 or an error number of libre's.
-class CallSound {
+class CallMedia {
 public:
   /// All outlive the sound.
-  CallSound(CallSoundEvents& events, const SipSettings& settings)
+  CallMedia(CallMediaEvents& events, const SipSettings& settings)
       : events_(events), settings_(settings), media_(events, settings.times.lost_peer) {}
 
   /// Binds a port of `local`, and asks how it looks from outside where the account says whom. `protected_way`: what the
@@ -53,7 +53,7 @@ private:
   int PrepareKeys();
   void AgreeOnKeys();
 
-  CallSoundEvents& events_;
+  CallMediaEvents& events_;
   const SipSettings& settings_;
   MediaSession media_;
   std::unique_ptr<IceAgent> ice_; // of an account
