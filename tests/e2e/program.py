@@ -133,17 +133,17 @@ class Home:
 class Program:
     """One run of the program on `home`. `log` is what it said, line by line.
 
-    `surroundings` are variables of the environment beside those of the home.
+    `surroundings` are variables of the environment beside those of the home, `within` is a command that runs another.
     """
 
-    def __init__(self, home, ring_period=500, port=None, expect=WAITING, surroundings=None):
+    def __init__(self, home, ring_period=500, port=None, expect=WAITING, surroundings=None, within=()):
         self.home = home
         self.port = port or free_port()
         home.set_line(self.port, ring_period)
         self.log = []
         self._news = threading.Condition()
         self._process = subprocess.Popen(
-            [PROGRAM], env=home.environment() | (surroundings or {}), stdin=subprocess.DEVNULL,
+            [*within, PROGRAM], env=home.environment() | (surroundings or {}), stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()

@@ -1,6 +1,5 @@
 """The line as an account with a registrar: known there, called through it, and back when it was gone."""
 import shutil
-import subprocess
 import tempfile
 import time
 import unittest
@@ -9,8 +8,8 @@ from pathlib import Path
 import numpy as np
 
 import sound
-from program import Program, eventually, free_port, main
-from registrar import PASSWORD, AccountHome, Registrar, registered
+from program import Program, eventually, main
+from registrar import PASSWORD, AccountHome, Baresip, Registrar, registered
 
 SPEECH = sound.voice(3, seed=4)
 SAID = np.concatenate([sound.silence(2), SPEECH, sound.silence(2)])
@@ -31,31 +30,13 @@ class Account(unittest.TestCase):
             home, program = self.start(registrar, greeting=sound.voice(1, seed=2), encryption="required")
             registered(program)
             self.assertTrue(any("encrypted" in line for line in program.log), program.log)
-            told = self.baresip_calls(registrar, Path(folder))
+            told = Baresip(registrar, Path(folder), SAID, ";mediaenc=srtp-mand").call()
             eventually(lambda: home.messages(), "a message; baresip: " + told + "".join(program.log[-8:]))
             [(name, record)] = home.complete_messages(1)
             self.assertEqual(record["Number"], "caller")
             speech = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
             self.assertGreater(speech.correlation, 0.999, speech)
             self.assertNotIn(PASSWORD, "".join(program.log))
-
-    def baresip_calls(self, registrar, folder):
-        sound.write_wave(folder / "speech.wav", SAID)
-        (folder / "config").write_text(
-            f"sip_listen 127.0.0.1:{free_port()}\nnet_interface 127.0.0.1\nsip_cafile {registrar.authority}\n"
-            f"audio_source aufile,{folder}/speech.wav\naudio_player aufile,{folder}/heard.wav\n"
-            f"audio_alert aufile,{folder}/heard.wav\nmodule_path /usr/lib/baresip/modules\nmodule_app account.so\n"
-            "module g711.so\nmodule aufile.so\nmodule_app menu.so\nmodule srtp.so\n")
-        at = f"127.0.0.1:{registrar.tls_port};transport=tls"
-        (folder / "accounts").write_text(
-            f'"Caller" <sip:caller@{at}>;auth_pass={PASSWORD};regint=60;audio_codecs=PCMU;mediaenc=srtp-mand\n')
-        (folder / "contacts").write_text("")
-        with subprocess.Popen(["baresip", "-f", folder, "-e", f"/dial sip:line@127.0.0.1:{registrar.tls_port}", "-t", "9"],
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as baresip:
-            try:
-                return baresip.communicate(timeout=40)[0].decode(errors="replace")
-            finally:
-                baresip.kill()
 
     def test_a_registrar_that_was_gone_is_found_again(self):
         with Registrar() as registrar:

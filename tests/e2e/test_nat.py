@@ -1,0 +1,94 @@
+"""The line behind a router that translates addresses: calls find their way in, and sound both ways."""
+import shutil
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import numpy as np
+
+import network
+import sound
+from program import Program, eventually, main
+from registrar import AccountHome, Baresip, Registrar, registered
+
+GREETING = sound.voice(3, seed=2)
+SPEECH = sound.voice(3, seed=4)
+SAID = np.concatenate([sound.silence(5), SPEECH, sound.silence(2)])
+NEEDED = ("kamailio", "turnserver", "nft")  # the first two start services where they are installed: not done unasked
+
+
+class BehindARouter(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        if not all(map(shutil.which, NEEDED)):
+            raise unittest.SkipTest("needs " + ", ".join(NEEDED))
+        if not network.go_apart():
+            raise unittest.SkipTest("needs the right to make network namespaces")
+        network.build()
+
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="kelmio-nat-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.registrar = Registrar(address=network.WORLD_ADDRESS, within=network.within("world"))
+        self.addCleanup(self.registrar.__exit__)
+
+    def start(self, **home):
+        home = AccountHome(self.registrar, greeting=GREETING, **home)
+        self.addCleanup(home.remove)
+        program = Program(home, within=network.within("home"))
+        self.addCleanup(program.stop)
+        registered(program)
+        return home, program
+
+    def start_stun_server(self):
+        server = subprocess.Popen(
+            [*network.within("world"), "turnserver", "-n", "--stun-only", "--listening-ip", network.WORLD_ADDRESS, "--no-cli",
+             "--pidfile", self.folder / "turn.pid", "--log-file", "stdout"],
+            cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        time.sleep(1)
+
+    def assert_talk(self, home, program, more, modules):
+        caller = Baresip(self.registrar, self.folder, SAID, more, network.WORLD_ADDRESS, network.within("world"), modules)
+        told = caller.call(12)
+        eventually(home.messages, "a message; baresip: " + told + "".join(program.log[-8:]))
+        [(name, record)] = home.complete_messages(1)
+        self.assertEqual(record["Number"], "caller")
+        recorded = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
+        self.assertGreater(recorded.correlation, 0.999, recorded)
+        heard = sound.Comparison(GREETING, sound.read_wave(caller.heard()))
+        self.assertGreater(heard.correlation, 0.99, heard)
+
+    def test_an_encrypted_call_over_tls_finds_its_way_by_ice(self):
+        self.start_stun_server()
+        home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}"])
+        self.assert_talk(home, program, f";mediaenc=srtp-mand;medianat=ice;stunserver=stun:{network.WORLD_ADDRESS}", ("srtp", "ice"))
+
+    def test_keys_are_agreed_on_along_the_way(self):
+        self.start_stun_server()
+        home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}"])
+        self.assert_talk(home, program, f";mediaenc=dtls_srtp;medianat=ice;stunserver=stun:{network.WORLD_ADDRESS}",
+                         ("dtls_srtp", "ice"))
+
+    def test_a_caller_who_looks_for_no_way_is_heard_all_the_same(self):
+        self.start_stun_server()
+        home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}", "Ice=no"])
+        self.assert_talk(home, program, ";mediaenc=srtp-mand", ("srtp",))
+
+    def test_the_router_is_kept_awake_and_comes_back(self):
+        home, program = self.start(transport="udp", more=[f"StunServer={network.WORLD_ADDRESS}"])
+        mark = program.mark()
+        network.connect(False)
+        program.wait_for_log("next try", mark, timeout=60)
+        network.connect(True)
+        registered(program, mark, timeout=60)
+        time.sleep(2 * network.FORGETS_AFTER)
+        self.start_stun_server()
+        self.assert_talk(home, program, "", ())
+
+
+if __name__ == "__main__":
+    main()
