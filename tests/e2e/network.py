@@ -7,8 +7,8 @@ APART = "KELMIO_APART"
 HOME_ADDRESS, ROUTER_INSIDE, ROUTER_OUTSIDE = "192.168.77.2", "192.168.77.1", "198.51.100.1"
 WORLD_ADDRESS = "198.51.100.2"
 
-# The router forgets who talked to whom sooner than any that is sold, so that the test needs no patience.
-FORGETS_AFTER = 15  # seconds
+# The router forgets who talked to whom as soon as the strictest that are sold.
+FORGETS_AFTER = 30  # seconds
 
 
 def run(*command):

@@ -85,7 +85,7 @@ class BehindARouter(unittest.TestCase):
         program.wait_for_log("next try", mark, timeout=60)
         network.connect(True)
         registered(program, mark, timeout=60)
-        time.sleep(2 * network.FORGETS_AFTER)
+        time.sleep(network.FORGETS_AFTER + 5)
         self.start_stun_server()
         self.assert_talk(home, program, "", ())
 

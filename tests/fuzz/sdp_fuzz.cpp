@@ -1,4 +1,5 @@
 // Offers and answers of a peer, two in a row as in a call whose terms change.
+#include "drivers/sip/ice_agent.h"
 #include "drivers/sip/sdp_negotiation.h"
 #include "fuzz/fuzz_target.h"
 
@@ -11,6 +12,16 @@ void CheckTerms(const MediaTerms& terms) {
   Check(terms.event_type == MediaTerms::kNone || !terms.CodingOf(terms.event_type), "digits are no sound");
   const bool somewhere = sa_isset(&terms.peer, SA_ALL) && !sa_is_any(&terms.peer);
   Check(somewhere || !terms.may_send, "sound goes somewhere");
+}
+
+// For the search for a way, which sends nothing here.
+udp_sock* Socket() {
+  libre_init();
+  sa local{};
+  sa_set_str(&local, "127.0.0.1", 0);
+  udp_sock* socket = nullptr;
+  Check(udp_listen(&socket, &local, nullptr, nullptr) == 0, "there is a socket");
+  return socket;
 }
 
 void Negotiate(SdpNegotiation& sdp, std::string_view body, bool offer) {
@@ -26,6 +37,11 @@ void Negotiate(SdpNegotiation& sdp, std::string_view body, bool offer) {
   if (sdp.Read(message, offer) != 0)
     return;
   CheckTerms(*sdp.Terms());
+  static udp_sock* const socket = Socket();
+  const auto ice = IceAgent::Create(socket, sdp.Terms()->peer, !offer, [](const std::optional<sa>&) {});
+  sdp.ForEachAttribute([&](const char* name, const char* value) { ice->TakeAttribute(name, value); });
+  sdp.SetPeerSearches(ice->PeerTakesPart(sdp.Terms()->peer));
+  sdp.SetPlaces(ice->Attributes());
   if (!offer)
     return;
   const RePtr<mbuf> answer = sdp.Write(false);

@@ -17,10 +17,12 @@ bool CallMedia::Prepare(const sa& local, bool protected_way, bool offers, dnsc* 
     return true;
   ice_ = IceAgent::Create(media_.Socket(), media_.Local(), offers, [this](const std::optional<sa>& peer) {
     searching_ = false;
-    way_ = peer;
-    if (way_)
+    if (peer) {
+      way_ = peer;
       media_.MovePeer(*way_);
+    }
     AgreeOnKeys();
+    TellOpen();
   });
   if (!ice_)
     return false;
@@ -76,11 +78,15 @@ int CallMedia::PrepareKeys() {
   keys_.reset();
   media_.ShareSocket();
   keys_ = DtlsKeys::Create(media_.Socket(), *peer, [this](const std::optional<DtlsKeys::Keys>& keys) {
-    if (keys)
-      media_.UseKeys(keys->send, keys->receive);
-    else
+    if (!keys) {
       events_.NoKeys();
+      return;
+    }
+    media_.UseKeys(keys->send, keys->receive);
+    agreed_ = true;
+    TellOpen();
   });
+  agreed_ = false;
   if (!keys_)
     return ENOMEM;
   sdp_->SetFingerprint(keys_->Fingerprint());
@@ -110,6 +116,23 @@ void CallMedia::Meet() {
     searching_ = true;
   if (!searching_)
     AgreeOnKeys();
+}
+
+bool CallMedia::IsOpen() const {
+  return !searching_ && (!keys_ || agreed_);
+}
+
+void CallMedia::WhenOpen(std::function<void()> open) {
+  if (IsOpen())
+    open();
+  else
+    open_ = std::move(open);
+}
+
+void CallMedia::TellOpen() {
+  if (IsOpen())
+    if (const auto open = std::exchange(open_, nullptr))
+      open();
 }
 
 void CallMedia::AgreeOnKeys() {

@@ -41,6 +41,8 @@ public:
 
   /// Looks for the way to the other side and agrees on the keys, where the terms say so; both sides know them now.
   void Meet();
+  /// Calls `open` when the other side can hear this one, as far as that is for this side to know; at once if it can.
+  void WhenOpen(std::function<void()> open);
   /// Starts the frames.
   void Start() { media_.Start(); }
   /// So far nothing had to be heard of the other side.
@@ -52,6 +54,8 @@ private:
   void UseTerms();
   int PrepareKeys();
   void AgreeOnKeys();
+  bool IsOpen() const;
+  void TellOpen();
 
   CallMediaEvents& events_;
   const SipSettings& settings_;
@@ -61,7 +65,9 @@ private:
   std::unique_ptr<SdpNegotiation> sdp_;
   bool gathered_ = true;
   std::function<void()> ready_;
+  std::function<void()> open_;
   bool searching_ = false;
+  bool agreed_ = false; // on the keys
   std::optional<sa> way_; // found to the other side
 };
 

@@ -14,6 +14,8 @@ constexpr std::uint16_t kOnlyInterface = 65535; // preference of the one address
 // RFC 8445 section 5.3 asks for at least 4 and 22 characters.
 constexpr std::size_t kNameLength = 8;
 constexpr std::size_t kSecretLength = 24;
+// Nobody is at more places; each costs some packets, and not all need be the caller's own (RFC 8445 19.5.1).
+constexpr int kMostPlaces = 20;
 // Shorter than a router forgets who talks to whom (30 s with the strictest).
 constexpr std::chrono::milliseconds kStayKnown{15'000};
 
@@ -127,7 +129,7 @@ std::vector<std::pair<std::string, std::string>> IceAgent::Attributes() const {
 
 void IceAgent::TakeAttribute(const char* name, const char* value) {
   // The places are told once; what is told of them later in the call is the outcome of the search.
-  if (begun_)
+  if (begun_ || (str_casecmp(name, ice_attr_cand) == 0 && ++places_ > kMostPlaces))
     return;
   ice_sdp_decode(checks_.get(), name, value);
   icem_sdp_decode(checks_.get(), name, value);
@@ -146,11 +148,13 @@ bool IceAgent::Begin() {
   if (icem_conncheck_start(checks_.get()) != 0)
     return false;
   ice_candpair_set_states(checks_.get());
+  limit_.StartOnce(kLongestSearch, [this](std::uint64_t) { found_(std::nullopt); });
   return true;
 }
 
 void IceAgent::OnChecked(int error, bool, void* self) {
-  const auto* agent = static_cast<const IceAgent*>(self);
+  auto* agent = static_cast<IceAgent*>(self);
+  agent->limit_.Stop();
   const sa* const peer = error == 0 ? icem_lcand_addr(icem_selected_rcand(agent->checks_.get(), kSound)) : nullptr;
   agent->found_(peer ? std::optional(*peer) : std::nullopt);
 }

@@ -22,9 +22,11 @@ class IceAgent {
 public:
   /// The longest that a STUN server is waited for; the call goes on without it then.
   static constexpr std::chrono::milliseconds kLongestGathering{1000};
+  /// The longest that the call waits for a way before it takes the one that the signalling names.
+  static constexpr std::chrono::milliseconds kLongestSearch{5000};
 
   using Ready = std::function<void()>;
-  /// The address at which the other side's sound is from now on, or nothing when no way was found.
+  /// The address at which the other side's sound is from now on, or nothing when no way was found, not in time at least.
   using Found = std::function<void(const std::optional<sa>& peer)>;
 
   /// `socket` is bound to `local` and outlives the agent. `offers`: this side makes the offer, and so has the last word
@@ -70,6 +72,7 @@ private:
   RePtr<stun_dns> lookup_;
   stun_ctrans* question_ = nullptr; // told by the library when it is over
   sa server_{};
+  int places_ = 0; // of the other side
   bool begun_ = false;
   MonotonicTimer limit_;
   MonotonicTimer stay_known_;

@@ -32,6 +32,8 @@ constexpr int kMostPacketsTaken = 200;
 constexpr int kSilentSample = 100;
 // More than the authentication tag of any cipher (RFC 3711 section 3.1, RFC 7714).
 constexpr std::size_t kRoomForTag = 16;
+// 15 s, less than the strictest router takes to forget (RFC 6263 section 8 asks for no more often).
+constexpr std::uint64_t kFramesBetweenSigns = 750;
 // How much of what follows a hole is looked at.
 constexpr std::uint32_t kFramesAhead = 5;
 
@@ -319,11 +321,25 @@ void MediaSession::Say(bool transmit) {
   std::array<std::uint8_t, kFrameBytes> coded{};
   encoder_->Encode(said_, coded);
   const bool wanted = terms_ && terms_->may_send;
-  if (transmit && wanted)
+  if (transmit && wanted) {
     Transmit(coded);
-  else
+  } else {
     mark_next_ = true;
+    if (++frames_unsent_ % kFramesBetweenSigns == 0)
+      StayKnown();
+  }
   timestamp_ += kFrameBytes;
+}
+
+// A router on the way forgets who says nothing. An empty datagram is a sign to it, and nothing to the peer (RFC 6263
+// section 4.1).
+void MediaSession::StayKnown() {
+  mbuf nothing{};
+  if (!latched_ && !terms_)
+    return;
+  const sa& destination = latched_ ? *latched_ : terms_->peer;
+  if (sa_isset(&destination, SA_ALL) && !sa_is_any(&destination))
+    udp_send(socket_.get(), &destination, &nothing);
 }
 
 void MediaSession::Transmit(std::span<const std::uint8_t> payload) {

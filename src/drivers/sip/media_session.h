@@ -78,6 +78,7 @@ private:
   /// Length in bytes of the hole that goes on behind this frame, and the sound behind the hole.
   std::size_t LookAhead(const JitterBuffer::Frame& frame, std::size_t from);
   void Say(bool transmit);
+  void StayKnown();
   void Transmit(std::span<const std::uint8_t> payload);
   bool WatchPeer();
 
@@ -116,6 +117,7 @@ private:
   std::uint32_t timestamp_ = 0;
   std::uint32_t own_ssrc_ = 0;
   bool mark_next_ = true;
+  std::uint64_t frames_unsent_ = 0;
   std::vector<std::int16_t> said_;
   std::vector<std::uint8_t> packet_;
 };

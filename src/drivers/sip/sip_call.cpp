@@ -16,6 +16,8 @@ namespace {
 constexpr char kSdpType[] = "application/sdp";
 constexpr char kOverTls[] = "transport=tls";
 constexpr std::size_t kLongestReason = 60;
+// More than all that a search for the way and an agreement on keys repeat before they give up.
+constexpr std::chrono::seconds kOpening{15};
 
 bool HasBody(const sip_msg& message) {
   return mbuf_get_left(message.mb) > 0;
@@ -244,7 +246,13 @@ int SipCall::OnAnswer(const sip_msg* message, void* self) {
 }
 
 void SipCall::OnEstablished(const sip_msg*, void* self) {
-  static_cast<SipCall*>(self)->Connected();
+  auto* call = static_cast<SipCall*>(self);
+  // What is said before the way is open is lost, and the greeting is said at once.
+  call->patience_.StartOnce(kOpening, [call](std::uint64_t) {
+    call->Log("SIP line: no way for the sound was found to the other side");
+    call->Over();
+  });
+  call->media_.WhenOpen([call] { call->Connected(); });
 }
 
 void SipCall::Connected() {
