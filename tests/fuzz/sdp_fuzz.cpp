@@ -9,7 +9,7 @@ namespace {
 void CheckTerms(const MediaTerms& terms) {
   Check(terms.send_type >= 0 && terms.send_type < 128, "a payload type has seven bits");
   Check(terms.CodingOf(terms.send_type) == terms.send_coding, "what is sent may come in too");
-  Check(terms.event_type == MediaTerms::kNone || !terms.CodingOf(terms.event_type), "digits are no sound");
+  Check(!terms.CodingOf(terms.event_types[0]) && !terms.CodingOf(terms.event_types[1]), "digits are no sound");
   const bool somewhere = sa_isset(&terms.peer, SA_ALL) && !sa_is_any(&terms.peer);
   Check(somewhere || !terms.may_send, "sound goes somewhere");
 }

@@ -25,6 +25,8 @@ const char* NameOf(AudioCoding coding) {
     return "PCMA";
   case AudioCoding::G722:
     return "G722";
+  case AudioCoding::Opus:
+    return "opus";
   }
   return "";
 }
@@ -47,6 +49,8 @@ struct AudioCodec::Wideband {
 AudioCodec::AudioCodec(AudioCoding coding) : coding_(coding) {
   if (coding == AudioCoding::G722)
     wideband_ = std::make_unique<Wideband>();
+  else if (coding == AudioCoding::Opus)
+    opus_ = std::make_unique<OpusCodec>();
 }
 
 AudioCodec::~AudioCodec() = default;
@@ -55,7 +59,18 @@ int AudioCodec::Rate() const {
   return kCodedBytesPerSecond * static_cast<int>(SamplesPerByte());
 }
 
+std::optional<AudioCodec::Arrival> AudioCodec::Take(std::uint32_t timestamp, std::span<const std::uint8_t> payload) {
+  if (!opus_)
+    return Arrival{timestamp, payload};
+  const auto run = opus_->Keep(timestamp, payload);
+  return run ? std::optional(Arrival{run->timestamp, run->units}) : std::nullopt;
+}
+
 void AudioCodec::Decode(std::span<const std::uint8_t> bytes, std::span<std::int16_t> samples) {
+  if (opus_) {
+    opus_->Decode(bytes, samples);
+    return;
+  }
   if (wideband_) {
     g722_decode(wideband_->decoder, samples.data(), bytes.data(), static_cast<int>(bytes.size()));
     return;
@@ -64,13 +79,16 @@ void AudioCodec::Decode(std::span<const std::uint8_t> bytes, std::span<std::int1
     samples[i] = coding_ == AudioCoding::Pcmu ? ulaw_to_linear(bytes[i]) : alaw_to_linear(bytes[i]);
 }
 
-void AudioCodec::Encode(std::span<const std::int16_t> samples, std::span<std::uint8_t> bytes) {
+std::span<const std::uint8_t> AudioCodec::Encode(std::span<const std::int16_t> samples, std::span<std::uint8_t> bytes) {
+  if (opus_)
+    return bytes.first(opus_->Encode(samples, bytes));
   if (wideband_) {
     g722_encode(wideband_->encoder, bytes.data(), samples.data(), static_cast<int>(samples.size()));
-    return;
+    return bytes;
   }
   for (std::size_t i = 0; i < samples.size(); ++i)
     bytes[i] = coding_ == AudioCoding::Pcmu ? linear_to_ulaw(samples[i]) : linear_to_alaw(samples[i]);
+  return bytes;
 }
 
 } // namespace kelmio

@@ -67,7 +67,7 @@ private:
   std::function<void()> ready_;
   std::function<void()> open_;
   bool searching_ = false;
-  bool agreed_ = false; // on the keys
+  bool agreed_ = false;   // on the keys
   std::optional<sa> way_; // found to the other side
 };
 

@@ -26,7 +26,8 @@ public:
   static constexpr std::chrono::milliseconds kLongestSearch{5000};
 
   using Ready = std::function<void()>;
-  /// The address at which the other side's sound is from now on, or nothing when no way was found, not in time at least.
+  /// The address at which the other side's sound is from now on, or nothing when no way was found, not in time at
+  /// least.
   using Found = std::function<void(const std::optional<sa>& peer)>;
 
   /// `socket` is bound to `local` and outlives the agent. `offers`: this side makes the offer, and so has the last word

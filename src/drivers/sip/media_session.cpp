@@ -214,7 +214,7 @@ void MediaSession::Receive(const sa& source, const RtpPacket& packet) {
     return;
   // Comfort noise and whatever else the peer sends is a sign of life, too.
   frames_unheard_ = 0;
-  const bool event = packet.payload_type == terms_->event_type;
+  const bool event = terms_->IsEvent(packet.payload_type);
   const auto coding = terms_->CodingOf(packet.payload_type);
   if (event) {
     if (const auto digit = digits_.Put(packet, std::chrono::steady_clock::now()))
@@ -229,7 +229,8 @@ void MediaSession::Receive(const sa& source, const RtpPacket& packet) {
     jitter_.Reset();
   }
   UseDecoder(*coding);
-  jitter_.Put(packet.timestamp, packet.marker, packet.payload);
+  if (const auto arrived = decoder_->Take(packet.timestamp, packet.payload))
+    jitter_.Put(arrived->timestamp, packet.marker, arrived->bytes);
 }
 
 // --- the tick
@@ -319,16 +320,16 @@ void MediaSession::Say(bool transmit) {
   if (port_)
     port_->ToSend(said_, encoder_->Rate());
   std::array<std::uint8_t, kFrameBytes> coded{};
-  encoder_->Encode(said_, coded);
+  const auto payload = encoder_->Encode(said_, coded);
   const bool wanted = terms_ && terms_->may_send;
-  if (transmit && wanted) {
-    Transmit(coded);
+  if (transmit && wanted && !payload.empty()) {
+    Transmit(payload);
   } else {
     mark_next_ = true;
     if (++frames_unsent_ % kFramesBetweenSigns == 0)
       StayKnown();
   }
-  timestamp_ += kFrameBytes;
+  timestamp_ += kFrameBytes * encoder_->ClockPerByte();
 }
 
 // A router on the way forgets who says nothing. An empty datagram is a sign to it, and nothing to the peer (RFC 6263

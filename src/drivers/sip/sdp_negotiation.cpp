@@ -9,6 +9,8 @@ namespace kelmio {
 namespace {
 
 constexpr char kTelephoneEvent[] = "telephone-event";
+constexpr std::uint32_t kClock = 8000;
+constexpr std::uint32_t kOpusClock = 48000;
 constexpr char kCrypto[] = "crypto";
 // With feedback packets (RFC 4585, RFC 5124), which are neither sent nor listened to.
 constexpr char kAvpf[] = "RTP/AVPF";
@@ -31,7 +33,7 @@ bool TakeKey(const char*, const char* value, void* found) {
   return key.has_value();
 }
 
-const char* StaticTypeOf(AudioCoding coding) {
+const char* TypeOf(AudioCoding coding) {
   switch (coding) {
   case AudioCoding::Pcmu:
     return "0";
@@ -39,6 +41,8 @@ const char* StaticTypeOf(AudioCoding coding) {
     return "8";
   case AudioCoding::G722:
     return "9";
+  case AudioCoding::Opus:
+    return "96"; // of those that have no number for good
   }
   return "";
 }
@@ -93,12 +97,21 @@ std::unique_ptr<SdpNegotiation> SdpNegotiation::Create(const sa& local, const st
       return nullptr;
     error |= sdp_media_set_lattr(sdp->audio_, true, kCrypto, "%s", ToText(*sdp->own_key_).c_str());
   }
-  // G.722 too names a clock of 8000, for historical reasons (RFC 3551 4.5.2).
-  for (const AudioCoding coding : codings)
-    error |= sdp_format_add(nullptr, sdp->audio_, false, StaticTypeOf(coding), NameOf(coding), 8000, 1, nullptr,
-                            nullptr, nullptr, false, nullptr);
-  error |= sdp_format_add(nullptr, sdp->audio_, false, "101", kTelephoneEvent, 8000, 1, nullptr, nullptr, nullptr,
+  // G.722 too names a clock of 8000, for historical reasons (RFC 3551 4.5.2). Opus always names two channels (RFC 7587
+  // section 7), and means the encoder here not to hold back what makes up for losses.
+  bool has_opus = false;
+  for (const AudioCoding coding : codings) {
+    const bool opus = coding == AudioCoding::Opus;
+    has_opus = has_opus || opus;
+    error |= sdp_format_add(nullptr, sdp->audio_, false, TypeOf(coding), NameOf(coding), opus ? kOpusClock : kClock,
+                            opus ? 2 : 1, nullptr, nullptr, nullptr, false, opus ? "useinbandfec=1" : nullptr);
+  }
+  // The clock of events is that of the sound (RFC 4733 section 2.1).
+  error |= sdp_format_add(nullptr, sdp->audio_, false, "101", kTelephoneEvent, kClock, 1, nullptr, nullptr, nullptr,
                           false, "0-15");
+  if (has_opus)
+    error |= sdp_format_add(nullptr, sdp->audio_, false, "102", kTelephoneEvent, kOpusClock, 1, nullptr, nullptr,
+                            nullptr, false, "0-15");
   error |= sdp_media_set_lattr(sdp->audio_, true, "ptime", "20");
   return error == 0 ? std::move(sdp) : nullptr;
 }
@@ -118,10 +131,10 @@ int SdpNegotiation::Read(const sip_msg& message, bool offer) {
     const auto& format = *static_cast<const sdp_format*>(element->data);
     // Of a payload type that is given twice the first counts.
     if (!format.sup || format.pt < 0 || format.pt >= static_cast<int>(terms.receives.size()) ||
-        format.pt == terms.event_type || terms.CodingOf(format.pt))
+        terms.IsEvent(format.pt) || terms.CodingOf(format.pt))
       continue;
     if (format.name && str_casecmp(format.name, kTelephoneEvent) == 0) {
-      terms.event_type = format.pt;
+      terms.event_types[format.srate == kOpusClock ? 1 : 0] = format.pt;
     } else if (const auto coding = CodingOfFormat(format)) {
       terms.receives[static_cast<std::size_t>(format.pt)] = coding;
       if (!found) {

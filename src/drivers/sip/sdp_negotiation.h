@@ -24,7 +24,7 @@ struct MediaTerms {
   sa peer{}; // where the sound goes
   AudioCoding send_coding = AudioCoding::Pcmu;
   int send_type = payload_type::kPcmu;                    // payload type of what is sent
-  int event_type = kNone;                                 // payload type of telephone events that come in
+  std::array<int, 2> event_types{kNone, kNone};           // payload types of telephone events, one for each clock
   std::array<std::optional<AudioCoding>, 128> receives{}; // sound that may come in, by payload type
   // Both keys, or who they will be agreed on with, or neither. With either, nothing else is sent or heard.
   std::optional<SrtpKey> send_key{};
@@ -37,6 +37,7 @@ struct MediaTerms {
   bool OnHold() const { return !may_send || !may_receive; }
   bool IsProtected() const { return send_key || dtls; }
   std::optional<AudioCoding> CodingOf(int type) const;
+  bool IsEvent(int type) const { return type == event_types[0] || type == event_types[1]; }
 };
 
 /// How the sound of a call is to be protected.

@@ -25,7 +25,7 @@ constexpr std::string_view kSectionText =
     "Listen=127.0.0.1:5060\n"
     "Allow=everyone\n"
     "RingPeriod=6000\n"
-    "Codecs=G722,PCMA,PCMU\n";
+    "Codecs=opus,G722,PCMA,PCMU\n";
 
 constexpr std::string_view kAllowNetwork = "network";
 constexpr std::string_view kAllowEveryone = "everyone";

@@ -10,6 +10,8 @@ namespace {
 
 std::string SoundOf(AudioCoding coding) {
   switch (coding) {
+  case AudioCoding::Opus:
+    return "16 kHz, compressed";
   case AudioCoding::G722:
     return "16 kHz, wideband";
   case AudioCoding::Pcma:

@@ -125,17 +125,18 @@ TEST_F(SipLineDialogTest, HandsOverWhatWasChosen) {
     EXPECT_EQ(form.txtRingPeriod.Text.Get(), "6000");
     EXPECT_EQ(form.lblState.Caption.Get(), "Switched off.");
     EXPECT_THAT(form.lvwCodecs.Row(1).cells, ElementsAre("PCMA", "8 kHz, A-law", "Yes"));
-    EXPECT_THAT(form.lvwCodecs.Row(3).cells, ElementsAre("PCMU", "8 kHz, u-law", "No"));
+    EXPECT_THAT(form.lvwCodecs.Row(4).cells, ElementsAre("PCMU", "8 kHz, u-law", "No"));
     form.cboCallers.ListIndex = 1;
     form.txtPort.Text = " 5070 ";
     form.txtRingPeriod.Text = "4000";
     EXPECT_FALSE(form.cmdCodecUp.Enabled);
-    form.cmdCodecDown.Click(); // G722 PCMA pcmu
-    Select(form, 3);
+    form.cmdCodecDown.Click(); // G722 PCMA opus pcmu
+    Select(form, 4);
     EXPECT_FALSE(form.cmdCodecDown.Enabled);
     EXPECT_EQ(form.cmdCodecUse.Caption.Get(), "Use");
     form.cmdCodecUse.Click();
-    form.cmdCodecUp.Click(); // G722 PCMU PCMA
+    form.cmdCodecUp.Click();
+    form.cmdCodecUp.Click(); // G722 PCMU PCMA opus
     Select(form, 1);
     form.cmdCodecUse.Click();
     Select(form, 3);
