@@ -8,6 +8,9 @@ static_assert(VoiceDetector::kBlock == ToneDetector::kBlock);
 
 namespace {
 
+// In blocks of 10 ms. Two frequencies that beat slowly are known as a tone only after two of their windows of 40 ms.
+constexpr int kOnset = 13;
+
 /// Cuts `samples` into blocks and calls `process` for each that is full.
 template <typename Block, typename Process>
 void InBlocks(std::span<const std::int16_t> samples, Block& block, std::size_t& filled, Process process) {
@@ -54,7 +57,15 @@ void SignalWatch::ProcessBlock() {
   if (tone.steady_hertz != 0 && watching_)
     sink_.HeardTone(tone.steady_hertz);
 
-  VoiceDetector::State state = voice_.Process(block_, tones_.Follows());
+  const bool tone_sounds = tones_.Follows();
+  VoiceDetector::State state = voice_.Process(block_, tone_sounds);
+  if (state != VoiceDetector::State::Voice)
+    voiced_blocks_ = 0;
+  else if (!tone_sounds)
+    ++voiced_blocks_;
+  // What turns out to be the beginning of a tone was no voice.
+  if (state == VoiceDetector::State::Voice && voiced_blocks_ < kOnset && told_ != state)
+    state = told_;
   if (near_ == VoiceDetector::State::Voice)
     state = VoiceDetector::State::Voice;
   if (!watching_ || state == told_)

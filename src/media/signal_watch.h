@@ -53,6 +53,7 @@ private:
 
   SignalSink& sink_;
   VoiceDetector voice_;
+  int voiced_blocks_ = 0; // of the voice that is heard, but for those of a tone
   ToneDetector tones_;
   HowlerDetector howler_;
   DtmfDetector digits_;

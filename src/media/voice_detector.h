@@ -10,7 +10,7 @@
 
 namespace kelmio {
 
-/// The lowest level of the last two seconds. Speech has gaps in which the noise of the line shows, and a noise
+/// The lowest level of the last second and a half. Speech has gaps in which the noise of the line shows, and a noise
 /// that never stops becomes the floor by itself, so soon that a call left in noise ends like one left in silence.
 /// Levels in decibels against a full-scale square wave.
 class NoiseFloor {
@@ -24,7 +24,7 @@ public:
 
 private:
   static constexpr std::size_t kSmoothed = 10;     // blocks in one smoothed level
-  static constexpr std::size_t kWindows = 4;       // windows remembered,
+  static constexpr std::size_t kWindows = 3;       // windows remembered,
   static constexpr std::size_t kWindowBlocks = 50; // of half a second each
 
   double lowest_level_;
