@@ -12,14 +12,14 @@ EMULATOR = os.environ.get("KELMIO_MODEM_EMULATOR") or (
 
 
 class Modem:
-    """`surroundings` go to the program, which finds this modem and no other."""
+    """`surroundings` go to the program, which finds this modem and no other but one that is plugged in `beside` it."""
 
-    def __init__(self, personality="conexant"):
+    def __init__(self, personality="conexant", name="ttyACM0", beside=None):
         self._folder = tempfile.TemporaryDirectory(prefix="kelmio-modem-")
-        self.folder = pathlib.Path(self._folder.name)
+        self.folder = beside.folder if beside else pathlib.Path(self._folder.name)
         self.surroundings = {"KELMIO_MODEM_DEVICES": str(self.folder)}
         self._process = subprocess.Popen(
-            [EMULATOR, "--link", self.folder / "ttyACM0", "--personality", personality],
+            [EMULATOR, "--link", self.folder / name, "--personality", personality],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         assert self._process.stdout.readline().startswith("ready"), "the modem does not start"
 

@@ -69,6 +69,24 @@ class OnAModem(unittest.TestCase):
                 call.answered()
                 call.hang_up()
 
+    def test_a_voice_modem_wins_wherever_it_stands(self):
+        account = "[SIP account 1]\r\nServer=127.0.0.1:9\r\nUser=line\r\nTransport=udp\r\n"
+
+        class HomeWithAccount(Home):
+            def set_line(self, port, ring_period):
+                super().set_line(port, ring_period)
+                with open(self.path / "Lines.ini", "a", newline="") as file:
+                    file.write(account)
+
+        for kind in (Home, HomeWithAccount):
+            for first, second in (("data", "conexant"), ("conexant", "data")):
+                with self.subTest(kind=kind.__name__, first=first), Modem(first) as one, Modem(second, "ttyACM1", one):
+                    home = kind(greeting=GREETING)
+                    self.addCleanup(home.remove)
+                    with Program(home, surroundings=one.surroundings):
+                        place = "ttyACM0" if first == "conexant" else "ttyACM1"
+                        self.assertIn(place, self.chosen_line(home))
+
     def speak(self, modem, samples):
         """Returns once the modem has handed on all of it, one byte a sample."""
 

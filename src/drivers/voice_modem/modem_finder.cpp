@@ -2,8 +2,10 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
+#include <future>
 #include <system_error>
 #include <utility>
 
@@ -39,12 +41,22 @@ ModemFinder::ModemFinder(Options options, std::function<void()> news)
 ModemFinder::~ModemFinder() {
   quit_ = true;
   wake_.Wake();
+  {
+    const std::lock_guard lock(mutex_);
+    for (ModemWake* const each : asking_)
+      each->Wake();
+  }
   thread_.join();
 }
 
 std::vector<FoundModem> ModemFinder::Take() {
-  const std::lock_guard lock(mutex_);
-  return std::exchange(found_, {});
+  std::vector<FoundModem> found;
+  {
+    const std::lock_guard lock(mutex_);
+    found.swap(found_);
+  }
+  std::sort(found.begin(), found.end(), [](const FoundModem& a, const FoundModem& b) { return a.name < b.name; });
+  return found;
 }
 
 void ModemFinder::WaitForFirst(std::chrono::milliseconds limit) {
@@ -129,34 +141,47 @@ bool ModemFinder::LookForFreeOnes() {
 
 void ModemFinder::AskNewOnes() {
   one_in_use_ = false;
+  // All at once: one that never answers holds up nobody.
+  std::vector<std::future<void>> asking;
   for (FoundModem& device : Devices()) {
-    if (quit_)
-      return;
-    if (asked_.contains(device.name))
-      continue;
-    FoundModem modem = Ask(std::move(device));
+    {
+      const std::lock_guard lock(mutex_);
+      if (asked_.contains(device.name))
+        continue;
+    }
+    asking.push_back(std::async(std::launch::async, [this, device = std::move(device)] { Note(Ask(device)); }));
+  }
+}
+
+void ModemFinder::Note(FoundModem modem) {
+  {
+    const std::lock_guard lock(mutex_);
     // One that is unplugged while it is asked, or that nobody may ask, gets another chance.
     if (modem.trouble.empty())
       asked_.insert(modem.name);
     else if (std::exchange(troubles_[modem.name], modem.trouble) == modem.trouble)
-      continue;
-    {
-      const std::lock_guard lock(mutex_);
-      found_.push_back(std::move(modem));
-    }
-    news_();
+      return;
+    found_.push_back(std::move(modem));
   }
+  news_();
 }
 
 FoundModem ModemFinder::Ask(FoundModem modem) {
   PortResult port = OpenSerialPort(modem.port, options_.lock_folder);
   if (!port.port) {
-    one_in_use_ = one_in_use_ || port.trouble == PortTrouble::InUse;
+    if (port.trouble == PortTrouble::InUse)
+      one_in_use_ = true;
     modem.trouble = port.text;
     return modem;
   }
   const ModemLink::Sinks deaf{[](const ModemReply&) {}, [](std::string_view) {}, {}, [this] { return quit_.load(); }};
-  ModemLink link(std::move(port.port), clock_, wake_, deaf);
+  // One that all share would wake one of them only.
+  ModemWake wake;
+  {
+    const std::lock_guard lock(mutex_);
+    asking_.insert(&wake);
+  }
+  ModemLink link(std::move(port.port), clock_, wake, deaf);
   const ModemIdentity identity = IdentifyModem(link, clock_);
   modem.model = identity.model;
   // A modem whose sound can't be used is none that could answer.
@@ -165,6 +190,8 @@ FoundModem ModemFinder::Ask(FoundModem modem) {
     modem.trouble = "It was unplugged";
   else if (identity.kind != ModemKind::Silent)
     link.Command("ATZ", ModemClock::Seconds(1));
+  const std::lock_guard lock(mutex_);
+  asking_.erase(&wake);
   return modem;
 }
 

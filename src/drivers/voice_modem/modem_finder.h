@@ -38,13 +38,13 @@ public:
     std::set<std::string> known{}; // names of modems that need not be asked
   };
 
-  /// `news` runs on a thread of the finder's: devices came, went, got other rights, are free again, or one was asked.
+  /// `news` runs on threads of the finder's: devices came, went, got other rights, are free again, or one was asked.
   ModemFinder(Options options, std::function<void()> news);
   ~ModemFinder();
   ModemFinder(const ModemFinder&) = delete;
   ModemFinder& operator=(const ModemFinder&) = delete;
 
-  /// What was found out since the last call.
+  /// What was found out since the last call, in the order of the names.
   std::vector<FoundModem> Take();
 
   /// Waits until the devices that were there at the start have been asked, at most for `limit`.
@@ -61,6 +61,7 @@ public:
 private:
   void Run();
   void AskNewOnes();
+  void Note(FoundModem modem);
   /// Whether one of those that are waited for is free.
   bool LookForFreeOnes();
   FoundModem Ask(FoundModem modem);
@@ -69,16 +70,16 @@ private:
   const std::function<void()> news_;
   const ModemClock clock_;
   ModemWake wake_;
-  DeviceWatch watch_; // its queue is the finder's thread's
-  // Finder's thread.
-  std::set<std::string> asked_;
-  std::map<std::string, std::string> troubles_; // of those that could not be asked, by their names
-  bool one_in_use_ = false;                     // among them
+  DeviceWatch watch_;                    // its queue is the finder's thread's
+  std::atomic<bool> one_in_use_ = false; // of those that could not be asked
   mutable std::mutex mutex_;
   std::condition_variable first_done_;
   // Guarded by `mutex_`, but for the last.
+  std::set<std::string> asked_;
+  std::map<std::string, std::string> troubles_; // of those that could not be asked, by their names
   std::vector<FoundModem> found_;
   std::set<std::string> awaited_; // ports
+  std::set<ModemWake*> asking_;   // what wakes those who ask now
   bool first_ = true;
   std::atomic<bool> quit_ = false;
   std::thread thread_;
