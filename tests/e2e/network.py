@@ -58,3 +58,10 @@ def build():
 def connect(connected):
     """Plugs the cable of the computer at home in or out, on the router's side of it."""
     run(*within("router"), "ip", "link", "set", "inside", "up" if connected else "down")
+
+
+def ask_for_names(server):
+    """From now on, all in this network ask `server`."""
+    with open("/run/resolv.conf", "w", encoding="ascii") as file:
+        file.write(f"nameserver {server}\n")
+    run("mount", "--bind", "/run/resolv.conf", "/etc/resolv.conf")

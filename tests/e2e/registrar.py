@@ -118,9 +118,9 @@ class AccountHome(Home):
 
     NUMBER = 7
 
-    def __init__(self, registrar, transport="tls", password=PASSWORD, encryption="preferred", authority=True, more=(), **home):
+    def __init__(self, registrar, transport="tls", password=PASSWORD, encryption="preferred", authority=True, server=None, more=(), **home):
         self._registrar, self._transport, self._password = registrar, transport, password
-        self._encryption, self._authority, self._more = encryption, authority, more
+        self._encryption, self._authority, self._server, self._more = encryption, authority, server, more
         home["settings"] = {"CommDeviceID": self.NUMBER, "AutoAnswerRingCount": 1} | home.get("settings", {})
         super().__init__(**home)
 
@@ -128,7 +128,7 @@ class AccountHome(Home):
         registrar = self._registrar
         at = registrar.tls_port if self._transport == "tls" else registrar.port
         lines = ["[Devices]", f"SIP account 1={self.NUMBER}", "[SIP]", f"Listen=127.0.0.1:{port}", "[SIP account 1]",
-                 f"Server={registrar.address}:{at}", "User=line", f"Transport={self._transport}", f"RingPeriod={ring_period}",
+                 f"Server={self._server or f'{registrar.address}:{at}'}", "User=line", f"Transport={self._transport}", f"RingPeriod={ring_period}",
                  f"Encryption={self._encryption}", *self._more]
         if self._authority:
             lines.append(f"Authority={registrar.authority}")

@@ -1,6 +1,7 @@
 """The line behind a router that translates addresses: calls find their way in, and sound both ways."""
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -31,10 +32,14 @@ class BehindARouter(unittest.TestCase):
     def setUp(self):
         self.folder = Path(tempfile.mkdtemp(prefix="kelmio-nat-"))
         self.addCleanup(shutil.rmtree, self.folder)
-        self.registrar = Registrar(address=network.WORLD_ADDRESS, within=network.within("world"))
+
+    def start_registrar(self, **certificate):
+        self.registrar = Registrar(address=network.WORLD_ADDRESS, within=network.within("world"), **certificate)
         self.addCleanup(self.registrar.__exit__)
 
     def start(self, **home):
+        if "server" not in home:
+            self.start_registrar()
         home = AccountHome(self.registrar, greeting=GREETING, **home)
         self.addCleanup(home.remove)
         program = Program(home, within=network.within("home"))
@@ -77,6 +82,30 @@ class BehindARouter(unittest.TestCase):
         self.start_stun_server()
         home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}", "Ice=no"])
         self.assert_talk(home, program, ";mediaenc=srtp-mand", ("srtp",))
+
+    def test_names_lead_to_the_servers_and_to_the_protected_way(self):
+        self.start_registrar(name="DNS:provider.example")
+        self.start_stun_server()
+        self.start_name_server(
+            f"_sips._tcp.provider.example SRV 0 0 {self.registrar.tls_port} sip.provider.example",
+            f"_sip._udp.provider.example SRV 0 0 {self.registrar.port} sip.provider.example",
+            f"sip.provider.example A {network.WORLD_ADDRESS}",
+            "_stun._udp.stun.example SRV 0 0 3478 sip.provider.example")
+        home, program = self.start(server="provider.example", transport="automatic", more=["StunServer=stun.example", "Ice=no"])
+        self.assertTrue(any("Registered" in line and "encrypted" in line for line in program.log), program.log)
+        self.assert_talk(home, program, ";mediaenc=srtp-mand", ("srtp",))
+
+    def start_name_server(self, *records):
+        network.ask_for_names(network.WORLD_ADDRESS)
+        server = subprocess.Popen(
+            [*network.within("world"), sys.executable, "-B", Path(__file__).with_name("name_server.py"), network.WORLD_ADDRESS],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        server.stdin.write("\n".join(records))
+        server.stdin.close()
+        self.assertEqual(server.stdout.readline(), "ready\n")
+        self.addCleanup(server.stdout.close)
 
     def test_the_router_is_kept_awake_and_comes_back(self):
         home, program = self.start(transport="udp", more=[f"StunServer={network.WORLD_ADDRESS}"])
