@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <random>
 
 namespace kelmio {
 
@@ -20,9 +21,12 @@ constexpr int kMostPlaces = 20;
 constexpr std::chrono::milliseconds kStayKnown{15'000};
 
 std::string RandomText(std::size_t length) {
-  std::string text(length + 1, '\0');
-  rand_str(text.data(), text.size());
-  text.resize(length);
+  constexpr std::string_view kCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::random_device random;
+  std::uniform_int_distribution<std::size_t> place(0, kCharacters.size() - 1);
+  std::string text(length, '\0');
+  for (char& each : text)
+    each = kCharacters[place(random)];
   return text;
 }
 

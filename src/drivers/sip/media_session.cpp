@@ -114,12 +114,12 @@ void MediaSession::UseKeys(const SrtpKey& send, const SrtpKey& receive) {
 }
 
 void MediaSession::UseKeysOf(const MediaTerms& terms) {
-  // The same keys go on counting packets where they were.
-  if (terms_ && terms_->send_key == terms.send_key && terms_->receive_key == terms.receive_key &&
-      terms_->dtls == terms.dtls)
-    return;
-  to_peer_ = terms.send_key ? StreamWith(*terms.send_key) : nullptr;
-  from_peer_ = terms.receive_key ? StreamWith(*terms.receive_key) : nullptr;
+  // The same key goes on counting packets where it was, and so do keys that were agreed on with the same side.
+  const bool same_side = terms_ && terms_->dtls == terms.dtls;
+  if (!same_side || terms_->send_key != terms.send_key)
+    to_peer_ = terms.send_key ? StreamWith(*terms.send_key) : nullptr;
+  if (!same_side || terms_->receive_key != terms.receive_key)
+    from_peer_ = terms.receive_key ? StreamWith(*terms.receive_key) : nullptr;
 }
 
 std::optional<std::span<const std::uint8_t>> MediaSession::Opened(std::span<const std::uint8_t> packet) {

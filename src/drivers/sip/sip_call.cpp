@@ -247,6 +247,8 @@ int SipCall::OnAnswer(const sip_msg* message, void* self) {
 
 void SipCall::OnEstablished(const sip_msg*, void* self) {
   auto* call = static_cast<SipCall*>(self);
+  if (call->phase_ == Phase::Up)
+    return;
   // What is said before the way is open is lost, and the greeting is said at once.
   call->patience_.StartOnce(kOpening, [call](std::uint64_t) {
     call->Log("SIP line: no way for the sound was found to the other side");
