@@ -147,8 +147,8 @@ class Baresip:
         self._folder = folder
         sound.write_wave(folder / "speech.wav", speech)
         (folder / "config").write_text(
-            f"sip_listen {address}:{free_port()}\nnet_interface {address}\nsip_cafile {registrar.authority}\n"
-            f"rtcp_mux yes\naudio_source aufile,{folder}/speech.wav\naudio_player aufile,none\n"
+            f"sip_listen {f'[{address}]' if ':' in address else address}:{free_port()}\nnet_interface {address}\nsip_cafile {registrar.authority}\n"
+            f"net_af {'ipv6' if ':' in address else 'ipv4'}\nrtcp_mux yes\naudio_source aufile,{folder}/speech.wav\naudio_player aufile,none\n"
             f"audio_alert aufile,none\nsnd_path {folder}\nmodule_path /usr/lib/baresip/modules\nmodule_app account.so\n"
             "module g711.so\nmodule aufile.so\nmodule sndfile.so\nmodule_app menu.so\n"
             + "".join(f"module {module}.so\n" for module in modules))

@@ -38,15 +38,17 @@ class Account(unittest.TestCase):
             self.assertGreater(speech.correlation, 0.999, speech)
             self.assertNotIn(PASSWORD, "".join(program.log))
 
-    def test_a_call_comes_over_tcp_and_without_encryption(self):
-        with Registrar() as registrar, tempfile.TemporaryDirectory() as folder:
-            home, program = self.start(registrar, greeting=sound.voice(1, seed=2), transport="tcp")
-            registered(program)
-            told = Baresip(registrar, Path(folder), SAID).call()
-            eventually(lambda: home.messages(), "a message; baresip: " + told + "".join(program.log[-8:]))
-            [(name, _)] = home.complete_messages(1)
-            speech = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
-            self.assertGreater(speech.correlation, 0.999, speech)
+    def test_a_call_comes_over_tcp_and_over_the_new_addresses(self):
+        for address, transport in (("127.0.0.1", "tcp"), ("[::1]", "udp")):
+            with (self.subTest(transport), Registrar(address=address, name=f"IP:{address.strip('[]')}") as registrar,
+                  tempfile.TemporaryDirectory() as folder):
+                home, program = self.start(registrar, greeting=sound.voice(1, seed=2), transport=transport)
+                registered(program)
+                told = Baresip(registrar, Path(folder), SAID, address=address.strip("[]")).call()
+                eventually(lambda: home.messages(), "a message; baresip: " + told + "".join(program.log[-8:]))
+                [(name, _)] = home.complete_messages(1)
+                speech = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
+                self.assertGreater(speech.correlation, 0.999, speech)
 
     def test_a_registrar_that_was_gone_is_found_again(self):
         with Registrar() as registrar:
