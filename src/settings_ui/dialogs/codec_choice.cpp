@@ -8,6 +8,10 @@ namespace kelmio {
 
 namespace {
 
+std::string ShownName(AudioCoding coding) {
+  return coding == AudioCoding::Opus ? "Opus" : NameOf(coding);
+}
+
 std::string SoundOf(AudioCoding coding) {
   switch (coding) {
   case AudioCoding::Opus:
@@ -59,7 +63,7 @@ std::vector<AudioCoding> CodecChoice::Used() const {
 void CodecChoice::Fill(std::size_t selected) {
   controls_.list.Clear();
   for (const Codec& codec : codecs_)
-    controls_.list.AddRow({NameOf(codec.coding), SoundOf(codec.coding), codec.used ? "Yes" : "No"});
+    controls_.list.AddRow({ShownName(codec.coding), SoundOf(codec.coding), codec.used ? "Yes" : "No"});
   const std::uint64_t key = std::as_const(controls_.list).Row(selected + 1).key;
   controls_.list.SetSelection({key}, key);
   EnableButtons();
