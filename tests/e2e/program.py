@@ -147,7 +147,11 @@ class Program:
             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
-        self.wait_for_log(expect, timeout=30)
+        try:
+            self.wait_for_log(expect, timeout=30)
+        except AssertionError:
+            self.stop(signal.SIGKILL)
+            raise
 
     def __enter__(self):
         return self

@@ -331,13 +331,13 @@ TEST(ModemCalls, NoFaultLeavesTheLineOffHookOrACallOpen) {
     const char* detail;
   };
   const std::vector<Fault> faults{
-      {2, ""},        {3, ""},         {4, "bytes"},     {4, "merged"},     {5, "dle"},   {5, "ring"},  {5, "cid"},
-      {6, ""},        {7, "once"},     {7, "deaf"},      {8, ""},           {9, "both"},  {9, "text"},  {10, "fast"},
-      {10, "one"},    {11, "before"},  {11, "after-3"},  {12, ""},          {13, ""},     {14, ""},     {15, ""},
-      {16, ""},       {17, "silence"}, {17, "busy"},     {17, "dial-tone"}, {18, ""},     {18, "esc"},  {18, "mute"},
-      {19, ""},       {20, ""},        {21, "underrun"}, {21, "stall"},     {21, "fast"}, {21, "slow"}, {22, "7f"},
-      {25, "H"},      {25, "P"},       {26, ""},         {27, ""},          {28, "ring"}, {28, "play"}, {28, "record"},
-      {30, "reopen"}, {30, "replug"}};
+      {2, ""},     {3, ""},         {4, "bytes"},     {4, "merged"},     {5, "dle"},   {5, "ring"},  {5, "cid"},
+      {6, ""},     {7, "once"},     {7, "deaf"},      {8, ""},           {9, "both"},  {9, "text"},  {10, "fast"},
+      {10, "one"}, {11, "before"},  {11, "after-3"},  {12, ""},          {13, ""},     {14, ""},     {15, ""},
+      {16, ""},    {17, "silence"}, {17, "busy"},     {17, "dial-tone"}, {18, ""},     {18, "esc"},  {18, "mute"},
+      {19, ""},    {20, ""},        {21, "underrun"}, {21, "stall"},     {21, "fast"}, {21, "slow"}, {22, "7f"},
+      {25, "H"},   {25, "P"},       {26, ""},         {27, ""},          {28, "ring"}, {28, "play"}, {28, "record"},
+      {29, ""},    {30, "reopen"},  {30, "replug"}};
   std::mt19937 random(20261123);
   Household house("conexant");
   house.greeting = Speech(4000, 1);
