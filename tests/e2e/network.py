@@ -47,9 +47,11 @@ def build():
     run(*within("router"), "sysctl", "-qw", "net.ipv4.ip_forward=1")
     run(*within("router"), "nft", "add table ip nat; add chain ip nat out { type nat hook postrouting priority 100; };"
         " add rule ip nat out oifname outside masquerade")
-    # Nobody comes in who was not asked.
-    run(*within("router"), "nft", "add table ip guard; add chain ip guard in { type filter hook forward priority 0; };"
-        " add rule ip guard in iifname outside ct state new drop")
+    # Nobody comes in who was not asked, and none of them is remembered: a packet that comes a moment before the first
+    # one goes out would take its port.
+    for hook in ("forward", "input"):
+        run(*within("router"), "nft", f"add table ip guard; add chain ip guard {hook}_in {{ type filter hook {hook} priority 0; }};"
+            f" add rule ip guard {hook}_in iifname outside ct state new drop")
     for limit in ("nf_conntrack_udp_timeout", "nf_conntrack_udp_timeout_stream"):
         run(*within("router"), "sysctl", "-qw", f"net.netfilter.{limit}={FORGETS_AFTER}")
 

@@ -56,7 +56,8 @@ class BehindARouter(unittest.TestCase):
             cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.addCleanup(server.wait)
         self.addCleanup(server.kill)
-        time.sleep(1)
+        listening = [*network.within("world"), "ss", "-Huln", "sport", "=", "3478"]
+        eventually(lambda: subprocess.run(listening, capture_output=True, check=True).stdout, "the STUN server")
 
     def assert_talk(self, home, program, more, modules):
         caller = Baresip(self.registrar, self.folder, SAID, more, network.WORLD_ADDRESS, network.within("world"), modules)
