@@ -24,32 +24,43 @@ SipDriver::~SipDriver() {
   // The lines may live on in other hands.
   for (const Account& account : accounts_)
     account.line->SetAccount(account.number, nullptr);
-  for (const auto& line : retired_)
-    line->SetAccount(0, nullptr);
+  for (const Account& account : retired_)
+    account.line->SetAccount(account.number, nullptr);
 }
 
 void SipDriver::Add(int number) {
   auto line = std::make_shared<SipLine>(loop_, ReadAccount(*file_, number));
   line->SetConfigDialog(*dialog_, *file_);
   line->SetAccount(number, [this] { AccountsChanged(); });
-  const auto place =
-      std::find_if(accounts_.begin(), accounts_.end(), [&](const Account& account) { return account.number > number; });
-  accounts_.insert(place, {number, std::move(line)});
+  Insert({number, std::move(line)});
+}
+
+void SipDriver::Insert(Account account) {
+  const auto place = std::find_if(accounts_.begin(), accounts_.end(),
+                                  [&](const Account& other) { return other.number > account.number; });
+  accounts_.insert(place, std::move(account));
 }
 
 void SipDriver::Arrange() {
   const auto is_empty = [](const Account& account) { return !account.line->IsSetUp(); };
+  // One that is listed no more may have been set up all the same, in a window that was open meanwhile.
+  const auto back = std::stable_partition(retired_.begin(), retired_.end(), is_empty);
+  const std::vector<Account> returning(back, retired_.end());
+  retired_.erase(back, retired_.end());
+  for (const Account& account : returning)
+    Insert(account);
   const auto first = std::find_if(accounts_.begin(), accounts_.end(), is_empty);
   if (first == accounts_.end()) {
     int number = 1;
-    for (const Account& account : accounts_)
-      number += account.number == number ? 1 : 0;
+    const auto taken = [&](const Account& account) { return account.number == number; };
+    while (std::any_of(accounts_.begin(), accounts_.end(), taken) ||
+           std::any_of(retired_.begin(), retired_.end(), taken))
+      ++number;
     Add(number);
     return;
   }
   const auto rest = std::stable_partition(std::next(first), accounts_.end(), std::not_fn(is_empty));
-  for (auto account = rest; account != accounts_.end(); ++account)
-    retired_.push_back(account->line);
+  retired_.insert(retired_.end(), rest, accounts_.end());
   accounts_.erase(rest, accounts_.end());
 }
 

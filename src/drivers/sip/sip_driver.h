@@ -39,6 +39,7 @@ private:
   };
 
   void Add(int number);
+  void Insert(Account account);
   void Arrange();
   void AccountsChanged();
 
@@ -48,7 +49,7 @@ private:
   std::shared_ptr<SipLine> line_;
   std::vector<Account> accounts_; // by their numbers; one of them isn't set up
   // Lines that are listed no more, but that someone may still have open.
-  std::vector<std::shared_ptr<SipLine>> retired_;
+  std::vector<Account> retired_;
   std::function<void()> changed_;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };

@@ -283,6 +283,34 @@ TEST(SipAccountFileTest, KeepsAccountsAndHidesTheirPasswords) {
   EXPECT_EQ(driver.Lines()[1]->DeviceID(), id);
 }
 
+TEST(SipAccountFileTest, ListsAnAccountThatWasEnteredOnALineThatWasListedNoMore) {
+  class NoDialog : public SipConfigDialog {
+    void Show(SipConfiguration&) override {}
+  } dialog;
+  test::TemporaryFolder folder;
+  LoopOfTest loop;
+  SipDriver driver(loop, LinesFile(folder.Path() + "Lines.ini"), dialog);
+  const auto enter = [](const std::shared_ptr<LineDevice>& device) {
+    auto& line = static_cast<SipLine&>(*device);
+    SipSettings settings = line.Settings();
+    settings.account->server = "sip.example.org";
+    settings.account->user = "4711";
+    return line.TakeOver(settings).state == SipTakeOver::State::Done;
+  };
+  const auto first = driver.Lines()[1];
+  ASSERT_TRUE(enter(first));
+  const auto spare = driver.Lines()[2];
+  ASSERT_EQ(static_cast<SipLine&>(*first).RemoveAccount().state, SipTakeOver::State::Done);
+  ASSERT_TRUE(enter(first));
+  ASSERT_TRUE(enter(spare));
+  ASSERT_EQ(driver.Lines().size(), 4U);
+  EXPECT_EQ(driver.Lines()[0], first);
+  EXPECT_EQ(driver.Lines()[1], spare);
+
+  ASSERT_TRUE(enter(driver.Lines()[3]));
+  EXPECT_EQ(driver.Lines().size(), 5U);
+}
+
 TEST(SipServerNameTest, IsWhatAUserWrites) {
   for (const auto& [text, host, port] :
        {std::tuple("sip.example.org", "sip.example.org", 0), std::tuple("fritz.box:5061", "fritz.box", 5061),
