@@ -52,6 +52,9 @@ std::string Modem::Info(const std::string& name, const std::string& text) const 
 }
 
 void Modem::Reset() {
+  if (faults_.Is(7, "deaf")) {
+    faults_.Clear(7);
+  }
   class_ = device_ = caller_id_ = sense_ = 0;
   words_ = true;
   quiet_ = false;

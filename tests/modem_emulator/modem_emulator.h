@@ -81,7 +81,7 @@ public:
   //  3 doubled line ends                  4 "bytes" one by one, "merged" replies in one read
   //  5 within replies: "dle" (voice class; else a RING), "ring", "cid"
   //  6 ERROR to the command that begins with `detail`; without, to all that a modem may lack
-  //  7 class 8: "once" ERROR, "deaf" OK but stays in class 0     8 VCON for OK in a call
+  //  7 class 8: "once" ERROR, "deaf" OK but stays in class 0 until reset     8 VCON for OK in a call
   //  9 in class 8 RING as "both" code and text, "text" alone    10 rings "fast" 0.6 s apart, "one" only
   // 11 caller id: any form of CallerIdForms(), "before" ring 1, "after-3"
   // 12 CONNECT and samples in one read   13 reads that end on a DLE

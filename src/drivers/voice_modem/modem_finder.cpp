@@ -36,7 +36,7 @@ std::filesystem::path NameBySerial(const std::string& folder, const std::string&
 
 ModemFinder::ModemFinder(Options options, std::function<void()> news)
     : options_(std::move(options)), news_(std::move(news)), clock_(options_.speed), watch_(options_.folder),
-      asked_(options_.known), thread_([this] { Run(); }) {}
+      asked_(options_.known), silent_(options_.silent), thread_([this] { Run(); }) {}
 
 ModemFinder::~ModemFinder() {
   quit_ = true;
@@ -143,7 +143,18 @@ void ModemFinder::AskNewOnes() {
   one_in_use_ = false;
   // All at once: one that never answers holds up nobody.
   std::vector<std::future<void>> asking;
-  for (FoundModem& device : Devices()) {
+  std::vector<FoundModem> devices = Devices();
+  {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(silent_, [&](const std::string& name) {
+      const bool gone =
+          std::none_of(devices.begin(), devices.end(), [&](const auto& each) { return each.name == name; });
+      if (gone)
+        asked_.erase(name);
+      return gone;
+    });
+  }
+  for (FoundModem& device : devices) {
     {
       const std::lock_guard lock(mutex_);
       if (asked_.contains(device.name))
@@ -157,10 +168,13 @@ void ModemFinder::Note(FoundModem modem) {
   {
     const std::lock_guard lock(mutex_);
     // One that is unplugged while it is asked, or that nobody may ask, gets another chance.
-    if (modem.trouble.empty())
+    if (modem.trouble.empty()) {
       asked_.insert(modem.name);
-    else if (std::exchange(troubles_[modem.name], modem.trouble) == modem.trouble)
+      if (modem.kind == ModemKind::Silent)
+        silent_.insert(modem.name);
+    } else if (std::exchange(troubles_[modem.name], modem.trouble) == modem.trouble) {
       return;
+    }
     found_.push_back(std::move(modem));
   }
   news_();

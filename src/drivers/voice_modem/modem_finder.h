@@ -27,15 +27,16 @@ struct FoundModem {
 };
 
 /// A device that is opened may do something about it, so that whoever was asked once is never asked again: the owner
-/// keeps what was found. Ports that stand on the board are not looked at. The public functions belong to the owner's
-/// thread.
+/// keeps what was found. One that didn't answer may have been switched off; it is asked again when it is plugged in
+/// anew. Ports that stand on the board are not looked at. The public functions belong to the owner's thread.
 class ModemFinder {
 public:
   struct Options {
     std::string folder = "/dev";
     std::string lock_folder;
-    double speed = 1;              // see `ModemSession::Options`
-    std::set<std::string> known{}; // names of modems that need not be asked
+    double speed = 1;               // see `ModemSession::Options`
+    std::set<std::string> known{};  // names of modems that need not be asked
+    std::set<std::string> silent{}; // of the known ones, those that didn't answer
   };
 
   /// `news` runs on threads of the finder's: devices came, went, got other rights, are free again, or one was asked.
@@ -76,6 +77,7 @@ private:
   std::condition_variable first_done_;
   // Guarded by `mutex_`, but for the last.
   std::set<std::string> asked_;
+  std::set<std::string> silent_;                // of those that were asked
   std::map<std::string, std::string> troubles_; // of those that could not be asked, by their names
   std::vector<FoundModem> found_;
   std::set<std::string> awaited_; // ports

@@ -39,6 +39,16 @@ bool NamesVoiceClass(const std::vector<std::string>& lines) {
   return false;
 }
 
+/// Some say OK to +FCLASS=8 and stay in class 0. One that doesn't tell its class is believed.
+bool StaysInDataClass(ModemLink& link) {
+  const std::vector<std::string> lines = link.Command("AT+FCLASS?", kCommandLimit).lines;
+  return std::any_of(lines.begin(), lines.end(), [](std::string_view line) {
+    if (const std::size_t colon = line.find(':'); colon != std::string_view::npos)
+      line.remove_prefix(colon + 1);
+    return Trimmed(line, kBlanks) == "0";
+  });
+}
+
 /// The number of the row of +VLS=? whose label is `label`, as in `1,"T",0B8433C1,...`.
 std::optional<int> DeviceLabelled(const std::vector<std::string>& lines, std::string_view label) {
   const std::string quoted = ",\"" + std::string(label) + "\"";
@@ -73,10 +83,21 @@ std::string ModelOf(ModemLink& link) {
 } // namespace
 
 bool EnterVoiceClass(ModemLink& link, const ModemClock& clock) {
-  if (link.Command("AT+FCLASS=8", kCommandLimit).Ok())
+  const auto enter = [&link] { return link.Command("AT+FCLASS=8", kCommandLimit).Ok() && !StaysInDataClass(link); };
+  if (enter())
     return true;
   link.Wait(clock.Now() + kBeforeSecondTry);
-  return link.Command("AT+FCLASS=8", kCommandLimit).Ok();
+  return enter();
+}
+
+void ResetModem(ModemLink& link, const ModemClock& clock) {
+  link.Command("ATZ", kResetLimit);
+  const Seconds settled = clock.Now() + kResetSettles;
+  while (!link.Gone() && clock.Now() < settled)
+    link.Wait(settled);
+  // Without auto answer, which would answer as a data modem.
+  if (!link.Command("ATE0V1Q0X4S0=0", kCommandLimit).Ok())
+    link.Command("ATE0V1Q0S0=0", kCommandLimit);
 }
 
 ModemIdentity IdentifyModem(ModemLink& link, const ModemClock& clock) {
@@ -86,16 +107,13 @@ ModemIdentity IdentifyModem(ModemLink& link, const ModemClock& clock) {
     answers = link.Command("ATE0V1Q0", kTryLimit).Ok();
   if (!answers)
     return identity;
-  link.Command("ATZ", kResetLimit);
-  const Seconds settled = clock.Now() + kResetSettles;
-  while (!link.Gone() && clock.Now() < settled)
-    link.Wait(settled);
-  // Without auto answer, which would answer as a data modem.
-  if (!link.Command("ATE0V1Q0X4S0=0", kCommandLimit).Ok())
-    link.Command("ATE0V1Q0S0=0", kCommandLimit);
+  ResetModem(link, clock);
   identity.kind = ModemKind::Data;
   identity.model = ModelOf(link);
-  if (!NamesVoiceClass(link.Command("AT+FCLASS=?", kCommandLimit).lines) || !EnterVoiceClass(link, clock))
+  std::vector<std::string> classes = link.Command("AT+FCLASS=?", kCommandLimit).lines;
+  if (classes.empty()) // not a word on it: what it is said to be from now on shouldn't hang on a slip
+    classes = link.Command("AT+FCLASS=?", kCommandLimit).lines;
+  if (!NamesVoiceClass(classes) || !EnterVoiceClass(link, clock))
     return link.Gone() ? ModemIdentity{} : identity;
 
   identity.kind = ModemKind::Voice;

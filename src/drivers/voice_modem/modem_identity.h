@@ -21,7 +21,10 @@ struct ModemIdentity {
 /// Resets the modem and asks it. Takes some two seconds; rings that come meanwhile go to the link's sinks.
 ModemIdentity IdentifyModem(ModemLink& link, const ModemClock& clock);
 
-/// Enters the voice class, which some units refuse once.
+/// Leaves the modem as it is after power-up, but without echo and auto answer. Takes a second or two.
+void ResetModem(ModemLink& link, const ModemClock& clock);
+
+/// Enters the voice class, which some units refuse once, or say to have done and haven't.
 bool EnterVoiceClass(ModemLink& link, const ModemClock& clock);
 
 } // namespace kelmio

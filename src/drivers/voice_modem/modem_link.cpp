@@ -16,6 +16,8 @@ namespace {
 constexpr ModemClock::Seconds kPauseBetweenCommands{0.1};
 // A command that was broken off still ends with a final code.
 constexpr ModemClock::Seconds kAbandonLimit{2};
+// A modem that follows answers in this time; who wants to end doesn't wait for another.
+constexpr ModemClock::Seconds kHurriedLimit{1};
 // While bytes wait for the modem, it is tried again this often.
 constexpr ModemClock::Seconds kRetryWrite{0.01};
 
@@ -57,11 +59,16 @@ CommandResult ModemLink::Command(std::string_view text, Seconds limit, const std
 
   Seconds end = clock_.Now() + limit;
   bool abandoned = false;
+  bool hurried = false;
   while (!Gone() && asked_ && clock_.Now() < end) {
     if (!abandoned && abandon && abandon()) {
       abandoned = true;
       end = clock_.Now() + kAbandonLimit;
       Send("\r");
+    }
+    if (!hurried && sinks_.hurried && sinks_.hurried()) {
+      hurried = true;
+      end = std::min(end, clock_.Now() + kHurriedLimit);
     }
     Wait(end, [this] { return !asked_; });
   }

@@ -50,6 +50,7 @@ public:
     std::function<void(std::string_view bytes)> samples; // of a recording
     std::function<void(const std::string&)> trace;       // each command and reply as a printable line
     std::function<bool()> given_up{};                    // nobody waits for the modem any more
+    std::function<bool()> hurried{};                     // somebody waits for the last commands to be over
   };
 
   /// `clock` and `wake` outlive the link.

@@ -18,8 +18,8 @@ constexpr Seconds kKnock{0.5};
 constexpr Seconds kReopenPeriod{5};
 constexpr Seconds kHealthPeriod{60};
 constexpr Seconds kHopelessPeriod{60};
-// One that was opened anew and still says nothing won't.
-constexpr int kMostSilences = 2;
+// One that was set up anew in vain needs a hand.
+constexpr int kMostFailures = 2;
 // A report of who is calling belongs to the ring before it.
 constexpr Seconds kRingPeriod{6};
 constexpr const char* kUnplugged = "The modem is unplugged";
@@ -68,7 +68,7 @@ ModemLink::Sinks ModemSession::LinkSinks() {
           },
           [this](const std::string& line) { Report({.kind = ModemReport::Kind::Trace, .text = line}); },
           // A line that is taken is put down first.
-          [this] { return quit_asked_ && !off_hook_; }};
+          [this] { return quit_asked_ && !off_hook_; }, [this] { return quit_asked_.load(); }};
 }
 
 RingWatch::Events ModemSession::RingEvents() {
@@ -134,34 +134,39 @@ bool ModemSession::Reopen() {
 
 bool ModemSession::SetUp() {
   if (!identity_) {
-    if (!hopeless_)
-      SetHealth(LineStatus::Health::Trying, "The modem is being set up");
+    Try("The modem is being set up");
     const ModemIdentity identity = IdentifyModem(*link_, clock_);
     if (identity.kind == ModemKind::Silent) {
-      if (!link_->Gone() && ++silences_ >= kMostSilences)
+      if (!link_->Gone() && ++failures_ >= kMostFailures)
         LoseHope("The modem doesn't answer; unplug it and plug it in again");
       else if (link_->Gone() || (!Recover() && link_))
         Lose(kUnplugged);
       return false;
     }
-    silences_ = 0;
     if (identity.kind == ModemKind::Data || !identity.format) {
       LoseHope(identity.kind == ModemKind::Data ? "This modem has no voice: it can't answer calls"
                                                 : "This modem has no sound format that can be used");
       return false;
     }
-    hopeless_ = false;
     Report({.kind = ModemReport::Kind::Model, .text = identity.model});
     identity_ = identity;
   }
   armed_ = Arm();
-  if (!armed_ && !link_->Gone())
+  if (armed_) {
+    failures_ = 0;
+    hopeless_ = false;
+    SetHealth(LineStatus::Health::Ready, "The modem is ready for calls");
+    return true;
+  }
+  if (!link_->Gone()) {
+    // It answers, so that it may take the next try: no pause in which a call would be lost.
+    if (++failures_ >= kMostFailures)
+      SetHealth(LineStatus::Health::Trouble, "The modem refuses its settings; unplug it and plug it in again");
     Recover();
+  }
   if (link_ && link_->Gone())
     Lose(kUnplugged);
-  if (armed_)
-    SetHealth(LineStatus::Health::Ready, "The modem is ready for calls");
-  return armed_;
+  return false;
 }
 
 bool ModemSession::Arm() {
@@ -232,7 +237,7 @@ void ModemSession::Execute(ModemCommand& command) {
   if (command.kind == Kind::Quit) {
     quit_ = true;
   } else if (command.kind == Kind::Look) {
-    silences_ = 0;
+    failures_ = 0;
     hopeless_ = false;
   } else if (command.kind == Kind::Dial) {
     // A modem that is still being set up dials as soon as it can.
@@ -259,7 +264,7 @@ void ModemSession::Execute(ModemCommand& command) {
 void ModemSession::TakeReply(const ModemReply& reply) {
   stirred_ = true;
   const bool ring = reply.kind == ReplyKind::Ring || (reply.kind == ReplyKind::Code && reply.code == 'R');
-  if (off_hook_ || dial_) {
+  if (off_hook_ || answering_ || dial_) {
     if (reply.kind == ReplyKind::RingBack || (reply.kind == ReplyKind::Code && reply.code == 'r'))
       ReportState(CallState::Ringback);
     else if (reply.kind == ReplyKind::Code)
@@ -305,7 +310,6 @@ void ModemSession::EndCall() {
 
 bool ModemSession::Recover() {
   ModemLink& link = *link_;
-  Log("The modem doesn't follow; it is being set up anew");
   EndCall();
   rings_.Forget();
   armed_ = false;
@@ -316,6 +320,7 @@ bool ModemSession::Recover() {
     link_.reset();
     return false;
   }
+  Try("The modem doesn't follow; it is being set up anew");
   const auto answers = [&] {
     for (int i = 0; i < kTries && !link.Gone(); ++i)
       if (link.Command("AT", kTryLimit).Ok())
@@ -379,6 +384,11 @@ void ModemSession::ReportState(CallState state) {
 
 void ModemSession::Log(const std::string& text) const {
   Report({.kind = ModemReport::Kind::Log, .text = "Modem: " + text});
+}
+
+void ModemSession::Try(const std::string& words) {
+  if (!hopeless_ && failures_ < kMostFailures)
+    SetHealth(LineStatus::Health::Trying, words);
 }
 
 void ModemSession::SetHealth(LineStatus::Health health, const std::string& words) {

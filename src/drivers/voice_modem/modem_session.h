@@ -50,8 +50,8 @@ public:
   void Push(ModemCommand command);
   ModemCallNumber NextCallNumber() { return next_call_.fetch_add(1); }
 
-  /// Hangs up a call that is up, closes the device and ends the thread: a second or two with a call up, at once
-  /// without, whether the modem answers or not.
+  /// Hangs up a call that is up, closes the device and ends the thread: a few seconds with a call up, at once without,
+  /// whether the modem answers or not.
   void Stop();
 
 private:
@@ -88,6 +88,8 @@ private:
   void Report(ModemReport report) const { sink_(std::move(report)); }
   void ReportState(CallState state);
   void Log(const std::string& text) const;
+  /// Told until trying has become the usual.
+  void Try(const std::string& words);
   void SetHealth(LineStatus::Health health, const std::string& words);
   void Sleep(Seconds time);
   RingWatch::Events RingEvents();
@@ -106,7 +108,7 @@ private:
   bool quit_ = false;
   std::unique_ptr<ModemLink> link_;
   std::optional<ModemIdentity> identity_; // nothing: it has to be asked
-  int silences_ = 0;                      // in a row, where it should have told what it is
+  int failures_ = 0;                      // to set it up, in a row
   bool hopeless_ = false;                 // until the devices change, trying is done quietly and seldom
   bool armed_ = false;
   bool stirred_ = false; // something came that may be due for a look
@@ -115,6 +117,7 @@ private:
   std::optional<ModemCall> call_;
   bool answer_ = false;
   std::optional<std::string> dial_;
+  bool answering_ = false;
   bool off_hook_ = false;
   Seconds off_hook_since_{0};
   Seconds on_hook_since_{0};

@@ -35,8 +35,12 @@ std::string KeysOf(const std::string& number) {
 
 bool ModemSession::PrepareVoice() {
   ModemLink& link = *link_;
-  if (!EnterVoiceClass(link, clock_))
-    return false;
+  if (!EnterVoiceClass(link, clock_)) {
+    // The caller still rings: time enough to begin anew.
+    ResetModem(link, clock_);
+    if (!Arm() || !EnterVoiceClass(link, clock_))
+      return false;
+  }
   const std::string format = "AT+VSM=" + std::to_string(identity_->format->id) + "," + std::to_string(kModemRate);
   if (!link.Command(format + ",0,0", kCommandLimit).Ok() && !link.Command(format, kCommandLimit).Ok())
     return false;
@@ -53,8 +57,9 @@ bool ModemSession::TakeLine(int device) {
 
 void ModemSession::AnswerCall() {
   rings_.Forget();
-  off_hook_ = true; // what rings from here on is this call
-  const bool up = PrepareVoice() && (TakeLine(identity_->line_device) || link_->Command("ATA", kCommandLimit).Ok());
+  answering_ = true; // what rings from here on is this call
+  const bool up = PrepareVoice() &&
+                  (TakeLine(identity_->line_device) || (!quit_asked_ && link_->Command("ATA", kCommandLimit).Ok()));
   if (up) {
     Report({.kind = ModemReport::Kind::Connected, .call = call_->number});
     Converse();
@@ -147,6 +152,7 @@ void ModemSession::Converse() {
 
 void ModemSession::HangUp() {
   EndCall();
+  answering_ = false;
   reported_ = CallState::Unknown;
   armed_ = false;
   if (!link_ || link_->Gone()) {

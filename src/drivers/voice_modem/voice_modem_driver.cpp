@@ -30,13 +30,16 @@ VoiceModemDriver::VoiceModemDriver(EventLoop& loop, LinesFile file, ModemConfigD
                  }},
       alive_(std::make_shared<VoiceModemDriver*>(this)) {
   std::set<std::string> known;
+  std::set<std::string> silent;
   for (const std::string& section : house_.file.Sections(kSectionPrefix)) {
     const KnownModem modem = ReadKnownModem(house_.file, section);
     AddLine(section, ReadModemSettings(house_.file, section)).SetKind(modem.kind, modem.model);
     known.insert(section.substr(kSectionPrefix.size()));
+    if (modem.kind == ModemKind::Silent)
+      silent.insert(section.substr(kSectionPrefix.size()));
   }
   finder_ = std::make_unique<ModemFinder>(
-      ModemFinder::Options{options.folder, options.lock_folder, options.speed, std::move(known)},
+      ModemFinder::Options{options.folder, options.lock_folder, options.speed, std::move(known), std::move(silent)},
       [&loop, weak = std::weak_ptr(alive_)] {
         loop.Post([weak] {
           if (const auto driver = weak.lock())
@@ -78,11 +81,20 @@ void VoiceModemDriver::TakeFound() {
     line.SetKind(found.kind, found.model);
     if (!found.trouble.empty()) {
       line.SetTrouble(found.trouble);
+      Tell(line.Section() + ": " + found.trouble);
       continue;
     }
     WriteModemSettings(house_.file, line.Section(), line.Settings());
     WriteKnownModem(house_.file, line.Section(), {found.kind, found.model});
   }
+}
+
+/// Later: the lines are looked for before anybody listens.
+void VoiceModemDriver::Tell(const std::string& words) {
+  house_.loop.Post([weak = std::weak_ptr(alive_), words] {
+    if (const auto driver = weak.lock(); driver && (*driver)->tell_)
+      (*driver)->tell_(words);
+  });
 }
 
 void VoiceModemDriver::TakeNews() {

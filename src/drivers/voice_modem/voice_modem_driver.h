@@ -33,10 +33,12 @@ public:
   /// any. Who looks for a line at the very first start finds them.
   std::vector<std::shared_ptr<LineDevice>> Lines() override;
   void Watch(std::function<void()> changed) override { changed_ = std::move(changed); }
+  void TellTrouble(std::function<void(const std::string& words)> tell) override { tell_ = std::move(tell); }
 
 private:
   void TakeNews();
   void TakeFound();
+  void Tell(const std::string& words);
   /// The line of that name, a new one if need be.
   VoiceModemLine& AddLine(const std::string& section, ModemSettings settings);
   std::vector<ModemChoice> Ports() const;
@@ -44,6 +46,7 @@ private:
   VoiceModemLine::House house_;
   std::vector<std::shared_ptr<VoiceModemLine>> lines_;
   std::function<void()> changed_;
+  std::function<void(const std::string&)> tell_;
   bool waited_ = false;
   std::shared_ptr<VoiceModemDriver*> alive_; // for closures that may come late
   std::unique_ptr<ModemFinder> finder_;

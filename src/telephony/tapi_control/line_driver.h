@@ -175,6 +175,9 @@ public:
   /// `changed` runs on the user interface thread, from a closure of its own, when `Lines` gives others than before or a
   /// line that couldn't be opened may be opened now. An empty function ends it.
   virtual void Watch(std::function<void()> /*changed*/) {} // NOLINT(performance-unnecessary-value-param): kept by most
+  /// `tell` hears plain words for the status pane on devices that are no line yet. It runs like `changed`.
+  virtual void TellTrouble(std::function<void(const std::string& words)> /*tell*/) { // NOLINT: kept by those that tell
+  }
 };
 
 } // namespace kelmio

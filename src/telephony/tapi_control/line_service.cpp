@@ -11,6 +11,7 @@ LineService::~LineService() = default;
 
 void LineService::AddDriver(std::unique_ptr<LineDriver> driver) {
   driver->Watch([this] { Tell(instances_, [](TAPIExCtl& instance) { instance.OnLinesChanged(); }); });
+  driver->TellTrouble([this](const std::string& words) { Log(words); });
   drivers_.push_back(std::move(driver));
 }
 
