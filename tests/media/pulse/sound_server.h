@@ -84,7 +84,7 @@ public:
     variables.push_back(nullptr);
     if (::posix_spawnp(&process_, "pulseaudio", nullptr, nullptr, arguments.data(), variables.data()) != 0)
       return false;
-    return loop.RunUntil([this] { return std::filesystem::exists(Place("socket")); });
+    return loop.RunUntil([this] { return Listens(); });
   }
   void Kill() {
     if (process_ <= 0)
@@ -101,9 +101,7 @@ public:
   /// A server in its place that accepts and never answers.
   void Hang() {
     hanging_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    Place("socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    const sockaddr_un address = Address();
     ASSERT_EQ(::bind(hanging_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(::listen(hanging_, 16), 0);
   }
@@ -118,6 +116,20 @@ public:
   LoopOfTest loop;
 
 private:
+  sockaddr_un Address() const {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    Place("socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+  }
+  /// The socket's file is there a moment before it takes anybody.
+  bool Listens() const {
+    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const sockaddr_un address = Address();
+    const bool taken = ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    ::close(probe);
+    return taken;
+  }
   std::string Place(const std::string& name) const { return folder_.Path() + name; }
 
   TemporaryFolder folder_;
