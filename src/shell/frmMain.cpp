@@ -109,6 +109,7 @@ void frmMain::HideToTray() {
 }
 
 void frmMain::ShowFromTray() {
+  tmrHide.SetEnabled(false); // who asks for the window in the first second keeps it
   if (!Visible || State == WindowState::Minimized)
     mEffects::AnimateToCorner(house_.surface, this, mEffects::Corner::BottomRight, false);
   if (State == WindowState::Minimized)

@@ -266,6 +266,15 @@ TEST(MainWindowInTheTray, ShowsABalloonAtTheIconThatFollowsIt) {
   EXPECT_EQ(desk.tray.record.info, "Kelmio Standard") << "the desktop's own balloon stands in";
 }
 
+TEST(MainWindowInTheTray, IsNotHiddenByTheStartOnceItWasAskedFor) {
+  Desk desk;
+  desk.Start();
+  desk.form.HideToTray();
+  desk.tray.on_message(window_message::kLeftDoubleClick);
+  desk.Wait(2000);
+  EXPECT_TRUE(desk.form.Visible);
+}
+
 TEST(MainWindowInTheTray, AddsItsIconTwiceAfterARestartAndOpensItsMenu) {
   Desk desk;
   desk.tray.available = false;
