@@ -1,5 +1,11 @@
 // A line among strangers. The short form runs every time; KELMIO_DATAGRAMS=1000000 says how many datagrams, and
 // KELMIO_FLOOD_SECONDS=10 for how long.
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
@@ -216,6 +222,25 @@ TEST_F(HostileTest, AnIdleLineReadsWhatStrangersOfferAndStillTakesACall) {
   }
   ASSERT_TRUE(KeepStep());
   ASSERT_TRUE(loop.RunUntil([&] { return reports.words.empty() || reports.words.back() == "disconnected"; }));
+  TakesACall();
+}
+
+TEST_F(HostileTest, AStandingCrowdOfConnectionsIsPutOut) {
+  OpenLine();
+  sockaddr_in line{};
+  line.sin_family = AF_INET;
+  line.sin_port = htons(driver->Line().Port());
+  line.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  constexpr int kCrowd = 200; // of a descriptor at each end
+  std::vector<pollfd> crowd;
+  for (int i = 0; i < kCrowd; ++i) {
+    crowd.push_back({socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), POLLRDHUP, 0});
+    connect(crowd.back().fd, reinterpret_cast<const sockaddr*>(&line), sizeof line);
+    loop.RunFor(1ms); // no more at once than the line lets wait
+  }
+  EXPECT_TRUE(loop.RunUntil([&] { return poll(crowd.data(), crowd.size(), 0) > kCrowd / 4; }));
+  for (const pollfd& one : crowd)
+    close(one.fd);
   TakesACall();
 }
 

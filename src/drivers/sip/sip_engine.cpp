@@ -1,5 +1,8 @@
 #include "drivers/sip/sip_engine.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <mutex>
 
 #include "drivers/sip/flood_gate.h"
@@ -20,6 +23,8 @@ namespace {
 constexpr char kOwnUser[] = "kelmio"; // of a line without an account
 constexpr std::uint32_t kHashSize = 32;
 constexpr std::uint32_t kMostNameServers = 4;
+// What a crowd of strangers may open before it is put out, with room for the call and its recording above it.
+constexpr int kDescriptors = 8192;
 
 void InitializeLibrary() {
   static std::once_flag once;
@@ -28,6 +33,12 @@ void InitializeLibrary() {
   std::call_once(once, [] {
     dbg_handler_set([](int, const char*, std::size_t, void*) {}, nullptr);
     libre_init();
+    // The usual limit of 1024 is there for select(), which nothing here uses.
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < kDescriptors) {
+      limit.rlim_cur = std::min<rlim_t>(kDescriptors, limit.rlim_max);
+      setrlimit(RLIMIT_NOFILE, &limit);
+    }
   });
 }
 
@@ -97,6 +108,8 @@ bool SipEngine::Push(SipCommand command) {
 
 void SipEngine::Run(std::promise<int> started) {
   int error = re_thread_init();
+  if (error == 0)
+    error = fd_setsize(kDescriptors);
   if (error != 0) {
     started.set_value(error);
     return;

@@ -1,10 +1,12 @@
 #include "drivers/sip/sip_transports.h"
 
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <random>
 
 namespace kelmio {
@@ -17,8 +19,20 @@ constexpr std::uint32_t kHashSize = 32;
 constexpr int kPortAttempts = 20;
 // How soon an address counts that this computer has got in the meantime.
 constexpr std::chrono::milliseconds kLookAgain{10'000};
+// The stack itself counts no connections, and keeps each for half a minute to a quarter of an hour.
+constexpr std::chrono::milliseconds kCount{1'000};
+constexpr int kMostNewDescriptors = 256; // far more than one telephone line and its windows use
 // Order among the helpers of a socket; there are no others.
 constexpr int kGuardLayer = 0;
+
+/// The lowest one, which is the next that is given.
+int FreeDescriptor() {
+  const int descriptor = eventfd(0, EFD_CLOEXEC);
+  if (descriptor < 0)
+    return std::numeric_limits<int>::max();
+  close(descriptor);
+  return descriptor;
+}
 
 } // namespace
 
@@ -52,6 +66,7 @@ void SipTransports::Close() {
     sip_close(stack_.get(), true);
   stack_.reset();
   look_again_.Stop();
+  count_.Stop();
 }
 
 int SipTransports::Alloc(dnsc* names) {
@@ -75,9 +90,13 @@ int SipTransports::Open(const sa& listen, dnsc* names) {
       break;
     stack_.reset();
   }
-  if (error == 0 && Everywhere())
+  if (error != 0)
+    return error;
+  quiet_ = FreeDescriptor();
+  count_.StartRepeating(kCount, kCount, [this](std::uint64_t) { PutCrowdOut(); });
+  if (Everywhere())
     look_again_.StartRepeating(kLookAgain, kLookAgain, [this](std::uint64_t) { BindNewAddresses(); });
-  return error;
+  return 0;
 }
 
 int SipTransports::OpenUnbound(dnsc* names) {
@@ -171,6 +190,14 @@ void SipTransports::BindNewAddresses() {
     if (!known)
       Bind(address);
   }
+}
+
+void SipTransports::PutCrowdOut() {
+  const bool crowded = FreeDescriptor() - quiet_ > kMostNewDescriptors;
+  if (crowded)
+    Unbind();
+  if (bound_.empty())
+    BindAll();
 }
 
 std::optional<sa> SipTransports::AddressTowards(const sa& peer) const {

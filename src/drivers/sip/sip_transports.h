@@ -14,7 +14,8 @@ namespace kelmio {
 
 /// Owns the SIP stack and binds it: for direct calls over UDP and TCP to one address or to all that this computer has,
 /// in the latter case also to those it gets later; for an account to the addresses that lead to its registrar, over the
-/// one transport that is spoken there. Engine thread only.
+/// one transport that is spoken there. Strangers who connect to a line for direct calls and stay are put out before
+/// they use up the descriptors, which recordings need too. Engine thread only.
 class SipTransports {
 public:
   SipTransports();
@@ -57,6 +58,7 @@ private:
   int Bind(sa address);
   int Alloc(dnsc* names);
   void BindNewAddresses();
+  void PutCrowdOut();
   void Knock(const sa& address);
   static bool IsBroken(sa* source, mbuf* datagram, void* self);
 
@@ -69,6 +71,8 @@ private:
   std::vector<RePtr<udp_helper>> guards_;
   std::string knock_;
   MonotonicTimer look_again_;
+  int quiet_ = 0; // the descriptor that was free when the line was opened
+  MonotonicTimer count_;
 };
 
 /// The address of this computer from which a way leads to `peer`; nothing when there is no way. Nothing is sent.
