@@ -166,6 +166,9 @@ void CallHandling::DialCall(const std::string& number) {
   if (context.CurrentLine->IsOpen()) {
     context.ManualCall = true;
     context.CurrentCall = context.CurrentLine->MakeCall(number);
+    // Who dials hears it ring, and what the network says on why it doesn't.
+    if (context.CurrentCall != nullptr)
+      context.CurrentCall->UseDesk();
   } else {
     context.CurrentCall = nullptr;
   }

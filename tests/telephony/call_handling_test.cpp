@@ -237,6 +237,7 @@ TEST(CallHandling, DialsWithoutGreetingOrRecording) {
   const auto call = desk.line->LastCall();
   ASSERT_NE(call, nullptr);
   EXPECT_EQ(call->Number(), "5550100");
+  EXPECT_TRUE(desk.sounds.Current()->HasDesk()) << "who dials hears it ring";
   call->FarEndAnswers();
   desk.Run();
   EXPECT_EQ(desk.Panel(2), "Connected");

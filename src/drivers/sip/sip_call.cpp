@@ -214,8 +214,11 @@ void SipCall::OnProgress(const sip_msg* message, void* self) {
   call->ReportState(message->scode == 180 ? CallState::Ringback : CallState::Proceeding);
   // What is heard before the answer: the network's own tones, and its words on why there will be none.
   if (HasBody(*message) && call->media_.Read(*message, false) == 0) {
+    call->ring_back_.Stop();
     call->media_.Meet();
     call->media_.Start();
+  } else if (message->scode == 180 && !call->media_.HasTerms()) {
+    call->ring_back_.Start();
   }
 }
 
@@ -249,6 +252,7 @@ void SipCall::OnEstablished(const sip_msg*, void* self) {
   auto* call = static_cast<SipCall*>(self);
   if (call->phase_ == Phase::Up)
     return;
+  call->ring_back_.Stop();
   // What is said before the way is open is lost, and the greeting is said at once.
   call->patience_.StartOnce(kOpening, [call](std::uint64_t) {
     call->Log("SIP line: no way for the sound was found to the other side");
@@ -288,6 +292,11 @@ void SipCall::OnClosed(int error, const sip_msg* message, void* self) {
   if (call->phase_ == Phase::Ringing)
     call->phase_ = Phase::Answered;
   call->Over();
+}
+
+void SipCall::SetSoundPort(const std::shared_ptr<SoundPort>& port) {
+  ring_back_.SetPort(port);
+  media_.SetPort(port);
 }
 
 void SipCall::Hangup() {

@@ -9,6 +9,7 @@
 #include "drivers/sip/engine_messages.h"
 #include "drivers/sip/libre.h"
 #include "drivers/sip/monotonic_timer.h"
+#include "drivers/sip/ring_back_tone.h"
 #include "drivers/sip/sip_registration.h"
 #include "drivers/sip/sip_settings.h"
 
@@ -64,7 +65,7 @@ public:
 
   void Answer();
   void Hangup();
-  void SetSoundPort(std::shared_ptr<SoundPort> port) { media_.SetPort(std::move(port)); }
+  void SetSoundPort(const std::shared_ptr<SoundPort>& port);
 
 private:
   enum class Phase { Ringing, Answered, OffHook, Dialing, Up };
@@ -101,6 +102,7 @@ private:
   int rings_ = 0;
   std::string answer_lines_; // headers of the answer beside the usual ones
   CallMedia media_;
+  RingBackTone ring_back_;
   MonotonicTimer ring_timer_;
   MonotonicTimer patience_; // ends a state that the other side never ends
   RePtr<sipsess> session_;

@@ -156,7 +156,7 @@ void TAPICall::UseDesk() {
 }
 
 void TAPICall::JoinDesk() {
-  if (desk_wanted_ && phase_ == Phase::Up)
+  if (desk_wanted_ && (phase_ == Phase::Up || origin_ != Origin::Incoming))
     Sound()->UseDesk();
 }
 

@@ -54,7 +54,7 @@ public:
   /// Finishes the file before it returns; `OnRecordDone` follows. Nothing happens with no recording running.
   void StopRecord();
 
-  /// The user speaks on this call, at the desk: from now on, or from when the line is up, until the end of the call.
+  /// The user speaks on this call, at the desk: from now on, or from when an incoming one is up, until its end.
   /// A line with a telephone of its own needs no desk, and nothing happens.
   /// Nothing else opens the microphone: on a call that the machine answers it stays closed.
   void UseDesk();

@@ -40,6 +40,32 @@ TEST_F(OutgoingCallTest, ConnectsAndIsHungUpByTheOtherEnd) {
   ASSERT_TRUE(RunUntilHas("disconnected"));
 }
 
+TEST_F(OutgoingCallTest, HearsItRingUntilTheNetworkSendsSoundOfItsOwn) {
+  OpenLine();
+  const auto call = Dial();
+  call->SetSoundPort(port);
+  peer->Reply(invite, 180, "Ringing");
+  ASSERT_TRUE(loop.RunUntil([&] { return port->Received().size() > 6 * 8000; }));
+  const auto heard = port->Received();
+  const auto power = [&](double from, double to) {
+    double sum = 0;
+    for (auto i = static_cast<std::size_t>(from * 8000); i < static_cast<std::size_t>(to * 8000); ++i)
+      sum += static_cast<double>(heard[i]) * heard[i];
+    return sum / ((to - from) * 8000);
+  };
+  EXPECT_NEAR(power(0, 1), 8e6, 1e5); // of a sine: half the square of its amplitude
+  EXPECT_EQ(power(1, 5), 0);
+  EXPECT_NEAR(power(5, 6), 8e6, 1e5);
+
+  peer->Reply(invite, 183, "Session Progress", peer->Sdp("0"));
+  EXPECT_TRUE(peer->NextRtp());
+  const std::size_t then = port->Received().size();
+  ASSERT_TRUE(loop.RunUntil([&] { return port->Received().size() > then + 4000; }));
+  const auto later = port->Received();
+  EXPECT_TRUE(std::all_of(later.end() - 2000, later.end(), [](std::int16_t sample) { return sample == 0; }));
+  call->Hangup();
+}
+
 TEST_F(OutgoingCallTest, TellsBusyFromRefused) {
   OpenLine();
   Dial();
