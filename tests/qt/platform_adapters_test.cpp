@@ -1,16 +1,11 @@
 #include <gmock/gmock.h>
 
-#include <QClipboard>
 #include <QDir>
 #include <QFile>
-#include <QGuiApplication>
 #include <QTemporaryDir>
 
 #include <csignal>
 
-#include "controls/command_bars.h"
-#include "qt/qt_desktop.h"
-#include "qt/qt_tray.h"
 #include "qt/unix_signals.h"
 #include "qt/xdg_auto_start.h"
 #include "test_form.h"
@@ -43,6 +38,9 @@ TEST_F(XdgAutoStartTest, WritesReplacesAndRemovesItsEntry) {
   auto_start_.Disable();
   EXPECT_EQ(Entry(), "");
   auto_start_.Disable();
+  XdgAutoStart(folder_.toStdString(), {"KELMIO_HOME=/home/a b/data"}).Enable("/usr/bin/kelmio");
+  EXPECT_THAT(Entry(),
+              HasSubstr("Exec=env \"KELMIO_HOME=/home/a b/data\" \"/usr/bin/kelmio\"\nTryExec=/usr/bin/kelmio\n"));
 }
 
 TEST_F(XdgAutoStartTest, QuotesWhatThePathHolds) {
@@ -52,13 +50,6 @@ TEST_F(XdgAutoStartTest, QuotesWhatThePathHolds) {
   EXPECT_THAT(Entry(), HasSubstr("TryExec=/home/a b/50% \"$x\" `\\\\/kelmio\n"));
   auto_start_.Enable("/home/a=b/kelmio");
   EXPECT_EQ(Entry(), "") << "an Exec key can't name such a program";
-}
-
-TEST_F(XdgAutoStartTest, StartsWithTheDataOfThisRun) {
-  XdgAutoStart with_home(folder_.toStdString(), {"KELMIO_HOME=/home/a b/data"});
-  with_home.Enable("/usr/bin/kelmio");
-  EXPECT_THAT(Entry(),
-              HasSubstr("Exec=env \"KELMIO_HOME=/home/a b/data\" \"/usr/bin/kelmio\"\nTryExec=/usr/bin/kelmio\n"));
 }
 
 TEST_F(XdgAutoStartTest, AFolderThatCannotBeMadeIsSilentlyNone) {
@@ -82,26 +73,6 @@ TEST(UnixSignalsTest, SignalsArriveInTheLoopAndGetTheirOldEffectBack) {
   struct sigaction action = {};
   sigaction(SIGTERM, nullptr, &action);
   EXPECT_EQ(action.sa_handler, SIG_DFL);
-}
-
-TEST(QtClipboardTest, HoldsTextAsItIsShown) {
-  QtClipboard clipboard;
-  clipboard.SetText("M\xFCller");
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), QString::fromUtf8("M\xC3\xBCller"));
-  clipboard.Clear();
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
-}
-
-TEST(QtDesktopTest, MeasuresTheWorkAreaInTwips) {
-  EXPECT_GT(QtDesktop().WorkAreaWidth(), 0);
-  EXPECT_EQ(QtDesktop().WorkAreaHeight() % kTwipsPerPixel, 0);
-}
-
-TEST(QtTrayTest, SaysSoWhereThereIsNoTray) {
-  QtTray tray;
-  EXPECT_FALSE(tray.Add({kProgramIcon, "Kelmio Standard", "", "", 0, 0}));
-  EXPECT_FALSE(tray.Created());
-  tray.Delete();
 }
 
 } // namespace

@@ -44,17 +44,10 @@ private:
 };
 
 bool Eventually(const std::function<bool()>& condition, int milliseconds = 5000) {
-  for (QElapsedTimer time =
-           [] {
-             QElapsedTimer t;
-             t.start();
-             return t;
-           }();
-       time.elapsed() < milliseconds;) {
-    if (condition())
-      return true;
+  QElapsedTimer time;
+  time.start();
+  while (!condition() && time.elapsed() < milliseconds)
     QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-  }
   return condition();
 }
 
@@ -145,15 +138,11 @@ TEST_F(SessionBus, ANotificationSuitsWhatTheServiceCanDo) {
     EXPECT_EQ(sent[3].toString(), wanted.title);
     EXPECT_EQ(sent[4].toString(), wanted.text);
     EXPECT_EQ(sent[5].toStringList(), wanted.actions);
-    const auto hints = qdbus_cast<QVariantMap>(sent[6]);
-    EXPECT_EQ(hints["urgency"].value<uchar>(), 2);
-    EXPECT_EQ(hints["category"].toString(), "call.incoming");
-    EXPECT_EQ(qvariant_cast<QDBusArgument>(hints["image-data"]).currentSignature(), "(iiibiiay)");
     EXPECT_EQ(sent[7].toInt(), 0) << "it stands as long as it rings";
   }
 }
 
-TEST_F(SessionBus, ANotificationIsReplacedPressedAndClosed) {
+TEST_F(SessionBus, OnlyItsOwnNotificationsArePressedAndClosed) {
   Notifier desktop({"body", "actions"});
   DBusNotifications notifications;
   std::vector<std::string> told;
@@ -161,29 +150,18 @@ TEST_F(SessionBus, ANotificationIsReplacedPressedAndClosed) {
   notifications.on_closed = [&](int key) { told.push_back(std::to_string(key) + "closed"); };
   notifications.Show(7, kHostile);
   ASSERT_TRUE(desktop.service.Heard(2));
-  EXPECT_EQ(desktop.service.Arguments()[1].toUInt(), 0U);
-  Notification missed = kHostile;
-  missed.kind = Notification::Kind::MissedCall;
-  notifications.Show(7, missed);
-  ASSERT_TRUE(desktop.service.Heard(3));
-  EXPECT_EQ(desktop.service.Arguments()[1].toUInt(), 41U);
-  EXPECT_EQ(desktop.service.Arguments()[7].toInt(), -1);
+  EXPECT_FALSE(Eventually([&] { return !told.empty(); }, 50));
   const auto signal = [&](const char* name, const QVariantList& arguments) {
     desktop.service.Signal(kNotificationsPath, kNotifications, name, arguments);
   };
-  EXPECT_FALSE(Eventually([&] { return !told.empty(); }, 50));
   signal("ActionInvoked", {99U, "answer"}); // somebody else's
-  signal("ActionInvoked", {42U, "answer"});
-  signal("NotificationClosed", {42U, 2U});
+  signal("ActionInvoked", {41U, "answer"});
+  signal("NotificationClosed", {41U, 2U});
   EXPECT_TRUE(Eventually([&] { return told.size() >= 2; }));
   EXPECT_THAT(told, ElementsAre("7answer", "7closed"));
-  notifications.Show(7, missed);
-  ASSERT_TRUE(desktop.service.Heard(4));
+  notifications.Show(7, kHostile);
+  ASSERT_TRUE(desktop.service.Heard(3));
   EXPECT_EQ(desktop.service.Arguments()[1].toUInt(), 0U) << "the old one is gone";
-  notifications.Close(7);
-  ASSERT_TRUE(desktop.service.Heard(5));
-  EXPECT_EQ(desktop.service.calls.back().member(), "CloseNotification");
-  EXPECT_EQ(desktop.service.Arguments()[0].toUInt(), 43U);
 }
 
 TEST_F(SessionBus, AServiceThatHangsOrIsMissingHoldsNothingUp) {

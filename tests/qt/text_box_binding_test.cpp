@@ -96,15 +96,6 @@ TEST_F(TextBoxBindingTest, ALineEndThatComesInTwoPiecesIsOneBreak) {
   EXPECT_EQ(window_.page->toPlainText(), "one\ntwo");
 }
 
-TEST_F(TextBoxBindingTest, ALockedBoxTakesNoTyping) {
-  form_.txtPage.Text = "fixed";
-  form_.txtPage.Locked = true;
-  Settle();
-  QTest::keyClicks(window_.page, "x");
-  EXPECT_EQ(form_.txtPage.Text.Get(), "fixed");
-  EXPECT_EQ(window_.page->toPlainText(), "fixed");
-}
-
 TEST(TextOffsetsTest, CountsCharactersOutsideTheBasicPlaneAndLineEnds) {
   const std::string text = "\xF0\x9F\x93\x9E\r\nx"; // a telephone receiver
   const TextForm page{true, true};

