@@ -54,9 +54,7 @@ TEST(CallNotice, FollowsACallToItsEnd) {
   const std::vector<std::string> missed = {"Missed call: Jane\n555"};
   const std::vector<std::vector<Step>> stories = {
       {{"new", {}}, {"1", unknown}, {"id", known}, {"2", known}, {"end", missed}},
-      {{"new", {}}, {"id", known}, {"1", known}, {"end", missed}},
       {{"new", {}}, {"number", {"New call: Unknown\n555" + ringing}}},
-      {{"new", {}}, {"1", unknown}, {"2", unknown}, {"end", {"Missed call: Unknown"}}},
       // A call that neither rang nor said whose it is has disturbed nobody.
       {{"new", {}}, {"end", {}}},
       // The machine answers at the fourth ring and records at once, since there is no greeting.

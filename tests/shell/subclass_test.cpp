@@ -91,23 +91,6 @@ TEST_F(Subclass, TheLastAttachedRunsFirstAndTheFirstAttachedDecides) {
   EXPECT_THAT(told, ElementsAre("3", "old", "2"));
 }
 
-TEST_F(Subclass, TellsTheMessageAndWhatItHasComeToSoFar) {
-  std::vector<MessageResult> seen;
-  const auto first = Attach("1", 1, MessageResponse::OldFirst);
-  first->handler = [&] {
-    seen = {static_cast<MessageResult>(subclass.CurrentMessage()), subclass.CurrentResult()};
-    windows.Send(window, kMessage + 1, 0, 0); // another one enters
-    seen.push_back(static_cast<MessageResult>(subclass.CurrentMessage()));
-  };
-  Listener other(told, "other", 0, MessageResponse::Consume);
-  subclass.AttachMessage(other, window, kMessage + 1);
-  Send();
-  EXPECT_THAT(seen, ElementsAre(kMessage, 9, kMessage));
-  EXPECT_THAT(told, ElementsAre("old", "1", "other"));
-  EXPECT_EQ(subclass.CurrentMessage(), 0U);
-  EXPECT_EQ(subclass.CallOldWindowProc(window, kMessage, 0, 0), 9);
-}
-
 TEST_F(Subclass, ListenersMayComeAndGoInsideAHandler) {
   auto first = Attach("1", 1, MessageResponse::Consume);
   auto second = Attach("2", 2, MessageResponse::Consume);
@@ -128,9 +111,6 @@ TEST_F(Subclass, ListenersMayComeAndGoInsideAHandler) {
 
   first->handler = [&] { first.reset(); };
   EXPECT_EQ(Send(), 1) << "it has answered the message before it went";
-  third->handler = {};
-  Send();
-  EXPECT_THAT(told, ElementsAre("3"));
   third->handler = [&] { subclass.DetachMessage(*third, window, kMessage); };
   EXPECT_EQ(Send(), 3);
   EXPECT_EQ(windows.Table(window), nullptr) << "the last one has given the procedure back";
@@ -179,10 +159,7 @@ TEST_F(Subclass, ErrorsAreNumbered) {
   for (int attempt = 0; attempt < 2; ++attempt) // the first one has left nothing behind
     EXPECT_EQ(ErrorOf(subclass.AttachMessage(listener, windows.stubborn, kMessage)), MSubclass::kCannotSubclass);
   EXPECT_EQ(subclass.AttachMessage(listener, window, kMessage), std::nullopt);
-  const SubclassOutcome twice = subclass.AttachMessage(listener, window, kMessage);
-  ASSERT_EQ(ErrorOf(twice), MSubclass::kAlreadyHandled);
-  EXPECT_EQ(twice->description, "Message already handled by another class");
-  EXPECT_EQ(twice->source, "Kelmio.WindowProc");
+  EXPECT_EQ(ErrorOf(subclass.AttachMessage(listener, window, kMessage)), MSubclass::kAlreadyHandled);
 }
 
 TEST_F(Subclass, TimersSendTheirMessageUntilTheWindowGoes) {
