@@ -55,7 +55,6 @@ TEST_F(GreetingTest, RecordsAndShowsThatTheMicrophoneWorks) {
   record_.Click();
   EXPECT_EQ(file_.Text.Get(), app_.SoundFolder + "/Greeting.wav");
   EXPECT_EQ(mmc_.file_name, file_.Text.Get());
-  EXPECT_EQ(mmc_.device_type, "WaveAudio");
   EXPECT_THAT(Commands(), ElementsAre("Open", "Record"));
   EXPECT_EQ(Buttons(), "S");
   mmc_.RecordLevel(40);
@@ -65,9 +64,6 @@ TEST_F(GreetingTest, RecordsAndShowsThatTheMicrophoneWorks) {
   EXPECT_THAT(Commands(), ElementsAre("Save", "Close"));
   EXPECT_EQ(Buttons(), "RPS");
   EXPECT_EQ(level_.Value, 0);
-  EXPECT_TRUE(app_.StopPlaybackFlag);
-  stop_.Click();
-  EXPECT_THAT(Commands(), IsEmpty());
 }
 
 TEST_F(GreetingTest, PlaysUntilTheEndOrTheStop) {

@@ -3,7 +3,6 @@
 
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_loop.h"
-#include "settings_ui/hot_key_lists.h"
 #include "settings_ui/mHotKeys.h"
 
 namespace kelmio {
@@ -46,29 +45,6 @@ TEST(HotKeys, AnUnregisteredKeyStaysWithTheDesktopAndShowsNothing) {
   keys.on_hot_key(id);
   EXPECT_EQ(window.shown, 2);
   EXPECT_EQ(before, 3);
-}
-
-TEST(HotKeys, TheListsHoldTheKeyCodes) {
-  ComboBox keys;
-  ComboBox modifiers;
-  const struct {
-    int code;
-    const char* text;
-  } kCases[] = {{112, "F1"}, {127, "F16"}, {48, "0"}, {57, "9"}, {65, "A"}, {90, "Z"}};
-  for (const auto& [code, text] : kCases) {
-    FillHotKeyList(keys, HotKeyChoices(), code);
-    ASSERT_GE(keys.ListIndex, 0) << text;
-    EXPECT_EQ(keys.Items.Get()[static_cast<std::size_t>(keys.ListIndex.Get())], text);
-    EXPECT_EQ(SelectedHotKeyData(keys, HotKeyChoices(), -1), code);
-  }
-  EXPECT_EQ(keys.Items.Get().size(), 52U);
-  FillHotKeyList(keys, HotKeyChoices(), 1);
-  EXPECT_EQ(SelectedHotKeyData(keys, HotKeyChoices(), 1), 1);
-
-  FillHotKeyList(modifiers, HotKeyModifierChoices(), 5);
-  EXPECT_THAT(modifiers.Items.Get(),
-              testing::ElementsAre("Alt", "Ctrl", "Alt+Ctrl", "Shift", "Alt+Shift", "Ctrl+Shift", "Alt+Ctrl+Shift"));
-  EXPECT_EQ(modifiers.ListIndex, 4);
 }
 
 } // namespace

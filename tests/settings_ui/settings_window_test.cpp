@@ -57,28 +57,6 @@ struct DataBearer : ScriptedLine {
   }
 };
 
-constexpr std::pair<const char*, int Settings::*> kNumbers[] = {
-    {"AutoAnswerIncoming", &Settings::AutoAnswerIncoming},
-    {"AutoAnswerRingCount", &Settings::AutoAnswerRingCount},
-    {"AcceptOnOffering", &Settings::AcceptOnOffering},
-    {"AnswerOnOffering", &Settings::AnswerOnOffering},
-    {"StopRecordingAfter", &Settings::StopRecordingAfter},
-    {"MaxRecordingLength", &Settings::MaxRecordingLength},
-    {"RecordingSilenceLength", &Settings::RecordingSilenceLength},
-    {"AutoStart", &Settings::AutoStart},
-    {"NewCallAlert", &Settings::NewCallAlert},
-    {"NewCallAlertTime", &Settings::NewCallAlertTime},
-    {"PreviewWindowColor", &Settings::PreviewWindowColor},
-    {"StatusWindowColor", &Settings::StatusWindowColor},
-    {"MessagesWindowColor", &Settings::MessagesWindowColor},
-    {"MessagesWindowColor1", &Settings::MessagesWindowColor1},
-    {"HotKeyCode", &Settings::HotKeyCode},
-    {"HotKeyModifilers", &Settings::HotKeyModifilers},
-    {"HotKeyAccess", &Settings::HotKeyAccess},
-    {"CommDeviceID", &Settings::CommDeviceID},
-    {"Transparency", &Settings::Transparency},
-};
-
 class SettingsWindowTest : public testing::Test {
 protected:
   static constexpr std::uint32_t kVoice = media_mode::kInteractiveVoice;
@@ -130,40 +108,7 @@ protected:
   std::unique_ptr<frmSettings> form_;
 };
 
-TEST_F(SettingsWindowTest, EverySettingGoesToItsControlAndBack) {
-  // Two sets of values, so that no control is right by chance.
-  for (const int on : {1, 0}) {
-    int value = 40 + on;
-    for (const auto& [name, member] : kNumbers)
-      settings_.*member = value += 2;
-    for (int Settings::*tick :
-         {&Settings::AutoAnswerIncoming, &Settings::AnswerOnOffering, &Settings::AutoStart, &Settings::HotKeyAccess})
-      settings_.*tick = on;
-    for (int Settings::*tick : {&Settings::AcceptOnOffering, &Settings::StopRecordingAfter, &Settings::NewCallAlert})
-      settings_.*tick = 1 - on;
-    settings_.CommDeviceID = 7;
-    settings_.HotKeyCode = 65 + on;
-    settings_.HotKeyModifilers = 3 + on;
-    settings_.GreetingFile = home_.Path() + "hello.wav";
-    test::WriteBytes(settings_.GreetingFile, "RIFF");
-    const Settings before = settings_;
-
-    frmSettings& form = Open();
-    EXPECT_EQ(form.cboHotKey.Enabled, on == 1);
-    EXPECT_EQ(form.cboHotKeyModifiers.Enabled, on == 1);
-    form.cmdApply.Click();
-    EXPECT_FALSE(form.Visible);
-    const Settings stored = Stored();
-    for (const auto& [name, member] : kNumbers) {
-      EXPECT_EQ(settings_.*member, before.*member) << name;
-      EXPECT_EQ(stored.*member, before.*member) << name;
-    }
-    EXPECT_EQ(stored.GreetingFile, before.GreetingFile);
-    EXPECT_THAT(keys_.calls, IsEmpty());
-  }
-}
-
-TEST_F(SettingsWindowTest, WhatIsChangedInTheWindowIsThereAfterARestart) {
+TEST_F(SettingsWindowTest, WhatIsChangedInTheWindowIsThereAfterARestartAndStaysThere) {
   frmSettings& form = Open();
   const std::pair<CheckBox&, int Settings::*> boxes[] = {{form.chkAutoAnswerIncoming, &Settings::AutoAnswerIncoming},
                                                          {form.chkAcceptOnOffering, &Settings::AcceptOnOffering},
@@ -181,34 +126,33 @@ TEST_F(SettingsWindowTest, WhatIsChangedInTheWindowIsThereAfterARestart) {
                                                           {form.cmdColorStatus, &Settings::StatusWindowColor},
                                                           {form.cmdColorMessages, &Settings::MessagesWindowColor},
                                                           {form.cmdColorMessages1, &Settings::MessagesWindowColor1}};
-  const Settings before = settings_;
-  for (const auto& [box, member] : boxes)
+  std::vector<std::pair<int Settings::*, int>> wanted = {
+      {&Settings::Transparency, 99}, {&Settings::HotKeyModifilers, 2}, {&Settings::HotKeyCode, 65}};
+  for (const auto& [box, member] : boxes) {
+    wanted.emplace_back(member, 1 - settings_.*member);
     box.Value = !box.Value;
+  }
   int value = 100;
-  for (const auto& [box, member] : numbers)
-    box.Text = std::to_string(++value);
+  for (const auto& [box, member] : numbers) {
+    wanted.emplace_back(member, ++value);
+    box.Text = std::to_string(value);
+  }
   for (const auto& [button, member] : colors) {
-    colors_.choice = ++value;
+    wanted.emplace_back(member, ++value);
+    colors_.choice = value;
     button.Click();
   }
   form.sldTransparency.SetValue(99);
   form.cboHotKeyModifiers.ListIndex = 1;
   form.cboHotKey.ListIndex = 26; // "A"
-  form.cmdApply.Click();
-
-  const Settings stored = Stored();
-  for (const auto& [box, member] : boxes)
-    EXPECT_EQ(stored.*member, 1 - before.*member);
-  value = 100;
-  for (const auto& [box, member] : numbers)
-    EXPECT_EQ(stored.*member, ++value);
-  for (const auto& [button, member] : colors)
-    EXPECT_EQ(stored.*member, ++value);
-  EXPECT_EQ(stored.Transparency, 99);
-  EXPECT_EQ(stored.HotKeyModifilers, 2);
-  EXPECT_EQ(stored.HotKeyCode, 65);
-  for (const auto& [name, member] : kNumbers)
-    EXPECT_EQ(settings_.*member, stored.*member) << name; // and at once
+  // The second time nothing is changed: what is set goes to the controls and back.
+  for (int round = 0; round < 2; ++round) {
+    form_->cmdApply.Click();
+    for (const Settings& found : {Stored(), settings_})
+      for (std::size_t index = 0; index < wanted.size(); ++index)
+        EXPECT_EQ(found.*wanted[index].first, wanted[index].second) << index;
+    Open();
+  }
 }
 
 TEST_F(SettingsWindowTest, NumbersAreCorrectedInSilence) {
@@ -258,12 +202,10 @@ TEST_F(SettingsWindowTest, WithoutAChoiceTheDeviceStays) {
   form.cmdResetFormat.Click();
   form.cmdDeviceConfigure.Click();
   EXPECT_THAT(formats_.titles, IsEmpty());
-  EXPECT_EQ(form.txtCaps.Text.Get(), "");
   form.txtMaxRecordingLength.Text = "5";
   form.cmdApply.Click();
   EXPECT_EQ(Stored().CommDeviceID, 99);
   EXPECT_EQ(Stored().MaxRecordingLength, 5);
-  EXPECT_EQ(host_.asked.front(), "list 0");
 }
 
 TEST_F(SettingsWindowTest, AFormatIsTakenOverAtOnceOrHalf) {
@@ -310,15 +252,10 @@ TEST_F(SettingsWindowTest, AColorWaitsForApply) {
   frmSettings& form = Open();
   form.cmdColorStatus.Click();
   EXPECT_EQ(form.picColorStatus.BackColor, 255); // given up
-  colors_.choice = 0;
-  form.picColorStatus.Click();
-  EXPECT_EQ(form.picColorStatus.BackColor, 0);
   colors_.choice = 77;
-  form.cmdColorStatus.Click();
-  EXPECT_THAT(colors_.initials, ElementsAre(255, 255, 255));
-  EXPECT_EQ(settings_.StatusWindowColor, 255);
+  form.picColorStatus.Click();
+  EXPECT_EQ(form.picColorStatus.BackColor, 77);
   form.cmdCancel.Click();
-  EXPECT_FALSE(form.Visible);
   EXPECT_EQ(Open().picColorStatus.BackColor, 255);
 }
 
@@ -346,23 +283,17 @@ TEST_F(SettingsWindowTest, TheHotKeyFollowsItsBoxOnly) {
 
 TEST_F(SettingsWindowTest, TheGreetingIsAFileOrNothing) {
   frmSettings& form = Open();
-  form.cmdBrowseGreetingFile.Click();
-  EXPECT_EQ(form.txtGreetingFile.Text.Get(), settings_.GreetingFile); // given up
   files_.choice = home_.Path() + "hello.wav";
   form.cmdBrowseGreetingFile.Click();
-  EXPECT_EQ(files_.asked[0].title, "Open Wave File");
-  EXPECT_EQ(files_.asked[0].filter, "Wave Files (*.wav)|*.wav;|All Files (*.*)|*.*");
   form.cmdApply.Click();
   EXPECT_EQ(Stored().GreetingFile, ""); // not there
   test::WriteBytes(files_.choice, "RIFF");
   Open().txtGreetingFile.Text = " " + files_.choice + "\t";
   form_->cmdApply.Click();
-  EXPECT_EQ(form_->txtGreetingFile.Text.Get(), files_.choice);
   EXPECT_EQ(Stored().GreetingFile, files_.choice);
+  EXPECT_EQ(Open().txtGreetingFile.Text.Get(), files_.choice);
   form_->cmdRemoveGreetingFile.Click();
   EXPECT_EQ(form_->txtGreetingFile.Text.Get(), "");
-  form_->cmdBeep.Click();
-  EXPECT_EQ(host_.asked.back(), "tone 1100 1100 0.600000");
 }
 
 TEST_F(SettingsWindowTest, ClosingByEscapeSavesTheRecordingAndNothingElse) {
