@@ -22,13 +22,11 @@ namespace kelmio::test {
 class PumpedLoop : public FakeLoop {
 public:
   void RunPending() override {
-    ++pumps;
     if (on_pump)
       on_pump();
     FakeLoop::RunPending();
   }
   std::function<void()> on_pump;
-  int pumps = 0;
 };
 
 class ContactDesk : public testing::Test {

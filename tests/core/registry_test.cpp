@@ -2,12 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <memory>
-
-#include "core/cRegistry.h"
 #include "core/text.h"
-#include "fakes/fake_desktop.h"
 #include "support/file_text.h"
 #include "support/temporary_folder.h"
 
@@ -21,24 +16,9 @@ using namespace std::string_literals;
 
 constexpr std::uint32_t kRoot = kHkeyLocalMachine;
 
-struct HiveInAFile {
+TEST(RegistryHiveFile, KeepsValuesOfAllTypes) {
   test::TemporaryFolder folder;
-  RegistryHive store{folder.Path() + "config/kelmio/registry.reg"};
-};
-struct InMemory {
-  FakeRegistryStore store;
-};
-
-// What holds for every registry store.
-template <class Fixture> class AnyRegistryStore : public testing::Test {
-protected:
-  Fixture fixture;
-};
-using Stores = testing::Types<HiveInAFile, InMemory>;
-TYPED_TEST_SUITE(AnyRegistryStore, Stores);
-
-TYPED_TEST(AnyRegistryStore, KeepsValuesOfAllTypes) {
-  RegistryStore& store = this->fixture.store;
+  RegistryHive store{folder.Path() + "r.reg"};
   const std::vector<std::pair<std::string, RegistryValue>> values = {
       {"Text", {registry_type::kText, "a \"quoted\" \\ J\xC3\xBCrgen"}},
       {"Empty", {registry_type::kText, ""}},
@@ -57,32 +37,9 @@ TYPED_TEST(AnyRegistryStore, KeepsValuesOfAllTypes) {
   for (const auto& [name, value] : values)
     EXPECT_EQ(store.Query(kRoot, "software\\k", AsciiUpper(name)), value) << name;
   EXPECT_EQ(store.ValueNames(kRoot, "Software\\K").size(), values.size());
-}
-
-TYPED_TEST(AnyRegistryStore, KnowsItsKeys) {
-  RegistryStore& store = this->fixture.store;
-  EXPECT_FALSE(store.KeyExists(kRoot, "A"));
-  EXPECT_EQ(store.CreateKey(kRoot, "A\\B\\C"), RegistryResult::Ok);
-  EXPECT_EQ(store.CreateKey(kRoot, "A\\b\\c"), RegistryResult::Ok);
-  EXPECT_TRUE(store.KeyExists(kRoot, "a\\B"));
-  EXPECT_FALSE(store.KeyExists(kHkeyCurrentUser, "A"));
-  EXPECT_THAT(store.SubKeys(kRoot, "A"), ElementsAre("B"));
-  EXPECT_EQ(store.DeleteKey(kRoot, "A\\B"), RegistryResult::AccessDenied);
-  EXPECT_EQ(store.DeleteKey(kRoot, "A\\B\\C"), RegistryResult::Ok);
-  EXPECT_FALSE(store.KeyExists(kRoot, "A\\B\\C"));
-  EXPECT_TRUE(store.KeyExists(kRoot, "A\\B"));
-  EXPECT_EQ(store.DeleteKey(kRoot, "A\\B\\C"), RegistryResult::NotFound);
-}
-
-TYPED_TEST(AnyRegistryStore, ReplacesAndDeletesValues) {
-  RegistryStore& store = this->fixture.store;
-  store.Set(kRoot, "A", "v", {registry_type::kText, "1"});
-  store.Set(kRoot, "A", "V", {registry_type::kText, "2"});
-  EXPECT_EQ(store.Query(kRoot, "A", "v")->bytes, "2");
-  EXPECT_EQ(store.ValueNames(kRoot, "A").size(), 1U);
-  EXPECT_EQ(store.DeleteValue(kRoot, "A", "v"), RegistryResult::Ok);
-  EXPECT_EQ(store.DeleteValue(kRoot, "A", "v"), RegistryResult::NotFound);
-  EXPECT_TRUE(store.KeyExists(kRoot, "A"));
+  EXPECT_EQ(store.DeleteValue(kRoot, "Software\\k", "text"), RegistryResult::Ok);
+  EXPECT_EQ(store.DeleteValue(kRoot, "Software\\K", "Text"), RegistryResult::NotFound);
+  EXPECT_EQ(store.ValueNames(kRoot, "Software\\K").size(), values.size() - 1);
 }
 
 TEST(RegistryHiveFile, BelongsToTheUserAlone) {
@@ -134,72 +91,6 @@ TEST(RegistryHiveFile, ReadsAnExportOfAnotherSystem) {
   EXPECT_EQ(hive.Query(kRoot, "A", "")->bytes, "J\xC3\xBCrgen");
   EXPECT_EQ(hive.Query(kRoot, "A", "e"), (RegistryValue{registry_type::kExpandableText, "%H"}));
   EXPECT_EQ(hive.Query(kRoot, "A", "n")->bytes, "\x0A\0\0\0"s);
-}
-
-class RegistryClass : public testing::Test {
-protected:
-  RegistryClass() {
-    registry.SectionKey = "Software\\K";
-    registry.ValueKey = "v";
-  }
-  RegistryData Reread() {
-    registry.Default = "default"s;
-    return registry.Value();
-  }
-  FakeRegistryStore store;
-  cRegistry registry{store, "kelmio"};
-};
-
-TEST_F(RegistryClass, GivesTheDefaultOnlyForAMissingValue) {
-  EXPECT_EQ(Reread(), RegistryData("default"s));
-  registry.SetValue(""s);
-  EXPECT_EQ(Reread(), RegistryData(""s));
-}
-
-TEST_F(RegistryClass, TextBetweenTwoPercentSignsIsExpandable) {
-  ::setenv("KELMIO_TEST_NAME", "value", 1);
-  const std::vector<std::pair<std::string, std::uint32_t>> types = {
-      {"50%", registry_type::kText}, {"a%%b", registry_type::kText}, {"100% %x", registry_type::kExpandableText}};
-  for (const auto& [text, type] : types) {
-    registry.ValueType = registry_type::kText;
-    registry.SetValue(text);
-    EXPECT_EQ(store.Query(kRoot, "Software\\K", "v")->type, type) << text;
-    EXPECT_EQ(Reread(), RegistryData(text));
-  }
-  registry.SetValue("<%KELMIO_TEST_NAME%> %KELMIO_NO_SUCH%KELMIO_TEST_NAME%"s);
-  EXPECT_EQ(Reread(), RegistryData("<value> %KELMIO_NO_SUCHvalue"s));
-  EXPECT_EQ(registry.ValueType, registry_type::kExpandableText);
-}
-
-TEST_F(RegistryClass, WritesWhatItsTypeSays) {
-  registry.SetValue(-7);
-  EXPECT_EQ(Reread(), RegistryData("-7"s));
-  registry.ValueType = registry_type::kNumberBigEndian;
-  EXPECT_FALSE(registry.SetValue("no number"s));
-  EXPECT_EQ(Reread(), RegistryData("-7"s));
-  registry.ValueType = registry_type::kNumberBigEndian;
-  registry.SetValue(258);
-  EXPECT_EQ(store.Query(kRoot, "Software\\K", "v"), (RegistryValue{registry_type::kNumber, "\2\1\0\0"s}));
-  store.Set(kRoot, "Software\\K", "v", {registry_type::kNumberBigEndian, "\0\0\1\2"s});
-  EXPECT_EQ(Reread(), RegistryData(258));
-  registry.ValueType = registry_type::kBinary;
-  registry.SetValue(RegistryBytes{1, 2});
-  EXPECT_EQ(Reread(), RegistryData(RegistryBytes{1, 2}));
-}
-
-TEST_F(RegistryClass, DescribesItsFailures) {
-  const auto description = [](const RegistryOutcome& outcome) { return outcome ? outcome->description : "(none)"; };
-  EXPECT_EQ(description(registry.DeleteKey()), "Failed to delete registry Key: '2147483650',Section: 'Software\\K'");
-  EXPECT_EQ(description(registry.DeleteValue()),
-            "Failed to open key '2147483650',Section: 'Software\\K' for delete access");
-  registry.ValueType = registry_type::kBinary;
-  const RegistryOutcome outcome = registry.SetValue("text"s);
-  EXPECT_EQ(description(outcome), "Failed to set registry value Key: '2147483650',Section: 'Software\\K',Key: 'v' to "
-                                  "value: 'text'");
-  EXPECT_EQ(outcome->number, 26001);
-  EXPECT_EQ(outcome->source, "kelmio.cRegistry");
-  registry.ValueType = registry_type::kTextList;
-  EXPECT_TRUE(registry.SetValue("text"s));
 }
 
 } // namespace

@@ -118,15 +118,6 @@ TEST_F(StoreFile, ClearsAwayWhatACrashHasLeft) {
   EXPECT_THAT(NamesIn(folder.Path()), ElementsAre("Store.ini"));
 }
 
-TEST_F(StoreFile, AnEqualValueDoesNotTouchTheFile) {
-  WriteBytes(file, "[a]\nk=1\n");
-  const auto before = StampOf(file);
-  EXPECT_TRUE(mIni::IniWrite("a", "k", "1", file));
-  EXPECT_EQ(StampOf(file), before);
-  EXPECT_TRUE(mIni::IniWrite("a", "k", "2", file));
-  EXPECT_NE(StampOf(file), before);
-}
-
 TEST_F(StoreFile, CopiesAppearWholeWithTheirTime) {
   const std::string target = folder.Path() + "copy";
   WriteBytes(file, std::string(200000, 'w'));

