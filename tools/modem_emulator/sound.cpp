@@ -163,7 +163,7 @@ Tone Dtmf(char key) {
   constexpr double Rows[] = {697, 770, 852, 941};
   constexpr double Columns[] = {1209, 1336, 1477, 1633};
   const std::size_t at = Keys.find(key);
-  return at == Keys.npos ? Tone{} : Tone{{Rows[at / 4], Columns[at % 4]}, {}};
+  return at == std::string_view::npos ? Tone{} : Tone{{Rows[at / 4], Columns[at % 4]}, {}};
 }
 
 bool WriteWave(const std::filesystem::path& path, const Samples& samples) {

@@ -124,7 +124,7 @@ int main(int count, char** arguments) {
       options.speed = std::atof(value.c_str());
     } else if (name == "--fault") { // N or N:detail
       const std::size_t colon = value.find(':');
-      faults.emplace_back(std::atoi(value.c_str()), colon == value.npos ? "" : value.substr(colon + 1));
+      faults.emplace_back(std::atoi(value.c_str()), colon == std::string::npos ? "" : value.substr(colon + 1));
     } else {
       count = 0;
     }

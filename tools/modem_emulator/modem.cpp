@@ -177,7 +177,8 @@ void Modem::Stray(unsigned char byte) {
 void Modem::EndStray() {
   if (stray_.size() > 1) {
     Log('>', stray_);
-    const bool echoed = stray_.find("RING") != stray_.npos || stray_.find("NMBR") != stray_.npos || stray_ == "OK";
+    const bool echoed =
+        stray_.find("RING") != std::string::npos || stray_.find("NMBR") != std::string::npos || stray_ == "OK";
     if (echoed) {
       Complain("the modem's own words came back: the terminal is not raw");
     } else if (was_playing_) {

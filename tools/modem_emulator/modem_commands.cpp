@@ -14,10 +14,10 @@ constexpr Time ResetTakes{550'000};
 constexpr Time DialToneWait{1'000'000};
 constexpr Time PerDigit{100'000};
 
-std::vector<std::string> Split(std::string text, const std::string& separators) {
+std::vector<std::string> Split(const std::string& text, const std::string& separators) {
   std::vector<std::string> parts(1);
   for (const char character : text) {
-    if (separators.find(character) != separators.npos) {
+    if (separators.find(character) != std::string::npos) {
       parts.emplace_back();
     } else {
       parts.back() += character;
@@ -133,7 +133,7 @@ Modem::Answer Modem::Execute(const std::string& command) {
     return SetClass(argument);
   }
   // The voice commands of both sets differ mostly in their first letter.
-  if (first != personality_.set || name.rfind("V", 1) != 1 || !Voice()) {
+  if (first != personality_.set || name.rfind('V', 1) != 1 || !Voice()) {
     return Error();
   }
   return VoiceCommand(name.substr(1), argument);
@@ -167,7 +167,7 @@ Modem::Answer Modem::Basic(char letter, const std::string& argument) {
   }
   case 'S': {
     const std::size_t sign = argument.find_first_of("=?");
-    if (sign == argument.npos) {
+    if (sign == std::string::npos) {
       return Error();
     }
     if (argument[sign] == '=') {
@@ -220,7 +220,7 @@ Modem::Answer Modem::Dial(const std::string& number) {
     }
   }
   dialled_ = keys;
-  if (keys.empty() && number.find_first_of("TP") == number.npos && !number.empty()) {
+  if (keys.empty() && number.find_first_of("TP") == std::string::npos && !number.empty()) {
     return Error();
   }
   abortable_ = true;

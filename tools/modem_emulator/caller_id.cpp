@@ -78,6 +78,7 @@ std::string Filled(std::string_view lines, const CallerId& caller_id) {
 
 std::vector<std::string> CallerIdForms() {
   std::vector<std::string> names;
+  names.reserve(std::size(Forms));
   for (const Form& form : Forms) {
     names.emplace_back(form.name);
   }
