@@ -59,7 +59,7 @@ TEST(QtFileClipboardTest, OffersTheFilesAsFileManagersReadThem) {
   EXPECT_EQ(data.data("x-special/gnome-copied-files"), "copy\nfile:///home/a%20b/1.wav\nfile:///home/2.wav");
   EXPECT_EQ(data.data("application/x-kde-cutselection"), "0");
   EXPECT_EQ(data.data(kFileDropMimeType).toStdString(),
-            std::string("\x14\0\0\0", 4) + std::string(16, '\0') + std::string("/home/a b/1.wav\0/home/2.wav\0\0", 30));
+            std::string("\x14\0\0\0", 4) + std::string(16, '\0') + std::string("/home/a b/1.wav\0/home/2.wav\0\0", 29));
   EXPECT_FALSE(clipboard.CopyFiles({}));
   EXPECT_TRUE(QGuiApplication::clipboard()->mimeData()->hasUrls()) << "left alone";
 }
