@@ -30,13 +30,12 @@ ModemWake::~ModemWake() {
 }
 
 void ModemWake::Wake() {
-  const std::uint64_t one = 1;
-  static_cast<void>(::write(descriptor_, &one, sizeof one));
+  ::eventfd_write(descriptor_, 1);
 }
 
 void ModemWake::Clear() {
-  std::uint64_t count = 0;
-  static_cast<void>(::read(descriptor_, &count, sizeof count));
+  eventfd_t count = 0;
+  ::eventfd_read(descriptor_, &count);
 }
 
 ModemLink::ModemLink(std::unique_ptr<ModemPort> port, const ModemClock& clock, ModemWake& wake, Sinks sinks)
