@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <mutex>
 #include <random>
@@ -63,6 +62,7 @@ public:
         VoiceModemDriver::Options{.folder = folder.Path(), .lock_folder = folder.Path(), .speed = kSpeed});
     line = driver->Lines().at(0);
     EXPECT_TRUE(line->Open(*this)) << ::testing::PrintToString(log);
+    EXPECT_TRUE(Within(60, [this] { return Ready(); })) << ::testing::PrintToString(log);
   }
   ~Household() override { line->Close(); }
 
@@ -151,7 +151,6 @@ class UsualCall : public ::testing::TestWithParam<std::string> {};
 TEST_P(UsualCall, IsAnsweredGreetedAndRecordedSampleBySample) {
   Household house(GetParam());
   house.greeting = Speech(8000, 1);
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); })) << ::testing::PrintToString(house.log);
   house.modem.Ring({.number = "5551234", .name = "SAMPLE"});
   ASSERT_TRUE(house.Within(60, [&] { return house.Listening() && !house.voice->Speaks(); }))
       << house.modem.Transcript();
@@ -173,7 +172,6 @@ TEST_P(UsualCall, IsAnsweredGreetedAndRecordedSampleBySample) {
 TEST_P(UsualCall, IsRecordedWhileItIsHeldAtTheTelephone) {
   Household house(GetParam());
   house.answer_on = 99;
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
   house.modem.Ring({});
   ASSERT_TRUE(house.Within(20, [&] { return house.begun == 1; }));
   house.modem.Handset(true);
@@ -199,7 +197,6 @@ INSTANTIATE_TEST_SUITE_P(Families, UsualCall, ::testing::Values("conexant", "sof
 TEST(ModemCalls, GreetingThatIsStoppedFallsSilentAtOnce) {
   Household house("conexant");
   house.greeting = Speech(80000, 1);
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
   house.modem.Ring({});
   ASSERT_TRUE(house.Within(60, [&] { return house.modem.Played().size() > 8000; })) << house.modem.Transcript();
   const std::size_t before = house.modem.Played().size();
@@ -210,7 +207,6 @@ TEST(ModemCalls, GreetingThatIsStoppedFallsSilentAtOnce) {
 
 TEST(ModemCalls, DialsAndTellsWhatBecameOfIt) {
   Household house("conexant");
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
   using Kind = emulated::Callee::Kind;
   house.modem.WhenDialled({Kind::Answers, 2});
   house.call = house.line->MakeCall("+49 (30) 555-1234");
@@ -271,7 +267,6 @@ TEST(ModemCalls, ACallThatComesWhileOneIsDialledIsNoOther) {
 
 TEST(ModemCalls, SaysWhatIsWrongWithAModemOnceAndIsClosedAtOnce) {
   Household house("conexant");
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
   house.line->Close();
   house.modem.SetFault(1);
   house.log.clear();
@@ -305,7 +300,6 @@ TEST(ModemCalls, SaysWhatIsWrongWithAModemOnceAndIsClosedAtOnce) {
 TEST(ModemCalls, ModemThatDiesInACallHoldsUpTheEndForSecondsOnly) {
   Household house("conexant");
   house.answer_on = 99;
-  ASSERT_TRUE(house.Within(60, [&] { return house.Ready(); }));
   house.modem.Ring({});
   ASSERT_TRUE(house.Within(20, [&] { return house.begun == 1; }));
   house.modem.SetFault(1);

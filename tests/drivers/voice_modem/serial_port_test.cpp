@@ -12,7 +12,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "drivers/voice_modem/device_watch.h"
 #include "drivers/voice_modem/serial_port.h"
 #include "support/temporary_folder.h"
 
@@ -57,7 +56,7 @@ protected:
   std::string lock;
 };
 
-TEST_F(SerialPortTest, CarriesEveryByteAndEchoesNone) {
+TEST_F(SerialPortTest, CarriesEveryByteEchoesNoneAndTellsWhenTheDeviceIsGone) {
   ASSERT_EQ(::write(modem, "\r\nRING\r\n", 8), 8) << "before the port is open";
   ASSERT_TRUE(Comes(modem)) << "the echo, by which the bytes are known to have arrived";
   const PortResult open = Open();
@@ -79,13 +78,8 @@ TEST_F(SerialPortTest, CarriesEveryByteAndEchoesNone) {
   termios settings{};
   ::tcgetattr(modem, &settings);
   EXPECT_EQ(::cfgetospeed(&settings), speed_t{B115200});
-}
 
-TEST_F(SerialPortTest, TellsWhenTheDeviceIsGone) {
-  const PortResult open = Open();
-  ASSERT_NE(open.port, nullptr) << open.text;
   Unplug();
-  std::string came;
   EXPECT_FALSE(open.port->Read(came));
   EXPECT_EQ(open.port->Write("AT\r"), std::nullopt);
   EXPECT_EQ(Open().trouble, PortTrouble::NotThere);
@@ -123,22 +117,6 @@ TEST_F(SerialPortTest, TellsMissingRightsFromAMissingModem) {
   EXPECT_EQ(OpenSerialPort(folder.Path() + "no").trouble, PortTrouble::NotThere);
   std::ofstream(folder.Path() + "file") << "no device";
   EXPECT_EQ(OpenSerialPort(folder.Path() + "file", folder.Path()).trouble, PortTrouble::Other);
-}
-
-TEST_F(SerialPortTest, WatchesDevicesComeAndGo) {
-  DeviceWatch watch(folder.Path());
-  EXPECT_FALSE(watch.Changed());
-  std::filesystem::create_symlink("/dev/null", folder.Path() + "null");
-  EXPECT_FALSE(watch.Changed());
-  std::filesystem::create_symlink(device, folder.Path() + "ttyACM3");
-  EXPECT_TRUE(watch.Changed());
-  EXPECT_FALSE(watch.Changed());
-  ASSERT_EQ(watch.Devices().size(), 1U);
-  EXPECT_THAT(watch.Devices()[0], HasSubstr("ttyACM3"));
-  EXPECT_NE(OpenSerialPort(watch.Devices()[0], folder.Path()).port, nullptr);
-  std::filesystem::remove(folder.Path() + "ttyACM3");
-  EXPECT_TRUE(watch.Changed());
-  EXPECT_TRUE(watch.Devices().empty());
 }
 
 } // namespace
