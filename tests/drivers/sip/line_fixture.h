@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "drivers/port_of_test.h"
 #include "drivers/sip/loop_of_test.h"
 #include "drivers/sip/sip_driver.h"
 #include "drivers/sip/sip_peer.h"
@@ -49,47 +49,6 @@ public:
   bool Logged(const std::string& part) const {
     return std::any_of(logs.begin(), logs.end(), [&](const auto& log) { return log.find(part) != std::string::npos; });
   }
-};
-
-/// Keeps what is received, and says a fixed sound.
-class PortOfTest : public SoundPort {
-public:
-  void Received(std::span<const std::int16_t> samples, int rate) noexcept override {
-    const std::lock_guard lock(mutex_);
-    rate_ = rate;
-    ++frames_;
-    received_.insert(received_.end(), samples.begin(), samples.end());
-  }
-  void ToSend(std::span<std::int16_t> samples, int) noexcept override {
-    const std::lock_guard lock(mutex_);
-    for (auto& sample : samples)
-      sample = position_ < say_.size() ? say_[position_++] : std::int16_t{0};
-  }
-  void Say(std::vector<std::int16_t> samples) {
-    const std::lock_guard lock(mutex_);
-    say_ = std::move(samples);
-    position_ = 0;
-  }
-  std::vector<std::int16_t> Received() const {
-    const std::lock_guard lock(mutex_);
-    return received_;
-  }
-  std::size_t Frames() const {
-    const std::lock_guard lock(mutex_);
-    return frames_;
-  }
-  int Rate() const {
-    const std::lock_guard lock(mutex_);
-    return rate_;
-  }
-
-private:
-  mutable std::mutex mutex_;
-  std::vector<std::int16_t> received_;
-  std::vector<std::int16_t> say_;
-  std::size_t position_ = 0;
-  std::size_t frames_ = 0;
-  int rate_ = 0;
 };
 
 class SipLineTest : public testing::Test {

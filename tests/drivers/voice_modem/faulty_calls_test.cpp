@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <mutex>
 #include <random>
 
+#include "drivers/port_of_test.h"
 #include "drivers/sip/loop_of_test.h"
 #include "drivers/voice_modem/voice_modem_driver.h"
 #include "modem_emulator/modem_emulator.h"
@@ -19,39 +19,6 @@ using emulated::ModemEmulator;
 using emulated::Samples;
 
 constexpr double kSpeed = 6;
-
-/// Says what it is given, and keeps what it hears.
-class Voice : public SoundPort {
-public:
-  void Received(std::span<const std::int16_t> samples, int) noexcept override {
-    const std::lock_guard lock(mutex_);
-    heard_.insert(heard_.end(), samples.begin(), samples.end());
-  }
-  void ToSend(std::span<std::int16_t> samples, int) noexcept override {
-    const std::lock_guard lock(mutex_);
-    for (std::int16_t& sample : samples)
-      sample = said_ < to_say_.size() ? to_say_[said_++] : std::int16_t{0};
-  }
-  bool Speaks() const noexcept override {
-    const std::lock_guard lock(mutex_);
-    return said_ < to_say_.size();
-  }
-  void Say(std::vector<std::int16_t> samples) {
-    const std::lock_guard lock(mutex_);
-    to_say_ = std::move(samples);
-    said_ = 0;
-  }
-  std::vector<std::int16_t> Heard() const {
-    const std::lock_guard lock(mutex_);
-    return heard_;
-  }
-
-private:
-  mutable std::mutex mutex_;
-  std::vector<std::int16_t> to_say_;
-  std::size_t said_ = 0;
-  std::vector<std::int16_t> heard_;
-};
 
 /// An answering machine on a modem line, and its ledger.
 class Household : public LineEvents {
@@ -69,7 +36,7 @@ public:
   void NewCall(std::shared_ptr<DeviceCall> new_call) override {
     EXPECT_EQ(call, nullptr) << "a call before the last one was over";
     call = std::move(new_call);
-    voice = std::make_shared<Voice>();
+    voice = std::make_shared<PortOfTest>();
     voice->Say(greeting);
     connected = false;
     ++begun;
@@ -111,7 +78,7 @@ public:
   std::shared_ptr<LineDevice> line;
   std::vector<std::int16_t> greeting;
   std::shared_ptr<DeviceCall> call;
-  std::shared_ptr<Voice> voice;
+  std::shared_ptr<PortOfTest> voice;
   int answer_on = 2;
   bool connected = false;
   int begun = 0;
@@ -157,7 +124,7 @@ TEST_P(UsualCall, IsAnsweredGreetedAndRecordedSampleBySample) {
   EXPECT_THAT(house.callers, ::testing::ElementsAre("SAMPLE/5551234"));
   const auto said = Speech(12000, 2);
   house.modem.CallerSays(Samples(said.begin(), said.end()));
-  EXPECT_TRUE(house.Within(10, [&] { return Holds(house.voice->Heard(), said) || GetParam() == kCompanded; }));
+  EXPECT_TRUE(house.Within(10, [&] { return Holds(house.voice->Received(), said) || GetParam() == kCompanded; }));
   house.modem.CallerPresses("5#");
   EXPECT_TRUE(house.Within(10, [&] { return house.digits == "5#"; })) << house.digits;
   house.modem.HangUp(HangUpSign::LoopBreak);
@@ -178,13 +145,13 @@ TEST_P(UsualCall, IsRecordedWhileItIsHeldAtTheTelephone) {
   ASSERT_TRUE(house.Within(20, [&] { return house.ended == 1; }));
   house.call = house.line->MakeCall("");
   ASSERT_NE(house.call, nullptr);
-  house.voice = std::make_shared<Voice>();
+  house.voice = std::make_shared<PortOfTest>();
   house.call->SetSoundPort(house.voice);
   EXPECT_TRUE(house.call->Answer());
   ASSERT_TRUE(house.Within(20, [&] { return house.connected && house.Listening(); })) << house.modem.Transcript();
   const auto said = Speech(8000, 3);
   house.modem.CallerSays(Samples(said.begin(), said.end()));
-  EXPECT_TRUE(house.Within(10, [&] { return Holds(house.voice->Heard(), said) || GetParam() == kCompanded; }));
+  EXPECT_TRUE(house.Within(10, [&] { return Holds(house.voice->Received(), said) || GetParam() == kCompanded; }));
   house.modem.Handset(false);
   ASSERT_TRUE(house.Within(20, [&] { return house.ended == 2 && house.Ready(); })) << house.modem.Transcript();
   EXPECT_TRUE(house.Within(5, [&] { return !house.modem.OffHook(); }));
@@ -432,12 +399,13 @@ TEST(ModemCalls, NoFaultLosesAMessageOrLeavesTheLineStuck) {
     });
     EXPECT_TRUE(settled) << house.modem.Transcript();
     const std::size_t given = house.modem.Recorded().size() - recorded;
-    EXPECT_TRUE(!fault.Takeable() || (given > 0 && !voice->Heard().empty())) << house.modem.Transcript();
+    EXPECT_TRUE(!fault.Takeable() || (given > 0 && !voice->Received().empty())) << house.modem.Transcript();
     taken += given > 0 ? 1 : 0;
     // What the modem gave of the end of the call was heard whole, but for what it had not handed on when it broke.
     const bool broke = fault.number == 28 || fault.number == 30 || fault.number == 18 || fault.number == 27;
     if (!broke && house.connected && house.begun == begun + 1) {
-      EXPECT_TRUE(HoldsEnd(house.voice->Heard(), house.modem.Recorded().substr(recorded))) << house.modem.Transcript();
+      EXPECT_TRUE(HoldsEnd(house.voice->Received(), house.modem.Recorded().substr(recorded)))
+          << house.modem.Transcript();
     }
     house.modem.ClearFault(fault.number);
     if (fault.number == 28 || fault.number == 30) {

@@ -42,11 +42,7 @@ Heard Hear(const std::string& bytes) {
 }
 
 TEST(ReplyParserTest, TellsRepliesByTheirContent) {
-  struct Case {
-    std::string bytes;
-    std::vector<std::string> replies;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::pair<std::string, std::vector<std::string>>> cases{
       {"AT+VLS=1\r\r\nOK\r\n", {kOk}},
       {"\r\n\r\n\r\nOK \r\n\r\n", {kOk}},
       {"\r\n+VSD: 0,50\r\n\r\nOK\r\n", {"+VSD: 0,50", kOk}},
@@ -64,8 +60,8 @@ TEST(ReplyParserTest, TellsRepliesByTheirContent) {
        {"final 4", "final 4", "final 7", "final 2", "final 9"}},
       {std::string(1000000, 'x') + "\r\nOK\r\n", {std::string(2048, 'x'), kOk}}, // noise takes no memory
   };
-  for (const Case& one : cases)
-    EXPECT_THAT(Hear(one.bytes).replies, ElementsAreArray(one.replies)) << one.bytes;
+  for (const auto& [bytes, replies] : cases)
+    EXPECT_THAT(Hear(bytes).replies, ElementsAreArray(replies)) << bytes;
 }
 
 TEST(ReplyParserTest, LeavesTheFirstSampleAfterConnect) {
