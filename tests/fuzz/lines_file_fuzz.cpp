@@ -1,32 +1,16 @@
 // `Lines.ini` as anyone may have left it.
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "drivers/lines_file.h"
 #include "drivers/sip/account_file.h"
 #include "drivers/sip/sip_settings.h"
 #include "drivers/voice_modem/modem_settings.h"
 #include "fuzz/fuzz_target.h"
+#include "support/file_text.h"
+#include "support/temporary_folder.h"
 
 namespace kelmio::fuzz {
 namespace {
-
-/// A folder in memory where there is one: the fuzzer writes the file some thousand times a second.
-class Folder {
-public:
-  Folder() {
-    std::string name = (std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp") + std::string("/kelmio-fuzz-XXXXXX");
-    path_ = ::mkdtemp(name.data()) ? name : std::string(".");
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  std::string File() const { return path_ + "/Lines.ini"; }
-
-private:
-  std::string path_;
-};
 
 void CheckSettings(const SipSettings& settings) {
   Check(!settings.codings.empty() && settings.codings.size() <= kAllCodings.size(), "there is a coding, and each once");
@@ -79,9 +63,11 @@ std::vector<std::string> Seeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace kelmio;
   using namespace kelmio::fuzz;
-  static const Folder folder;
-  std::ofstream(folder.File(), std::ios::binary | std::ios::trunc) << ViewOf(data, size);
-  LinesFile file(folder.File());
+  // In memory where there is such a place: the fuzzer writes the file some thousand times a second.
+  static const test::TemporaryFolder folder(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
+  const std::string path = folder.Path() + "Lines.ini";
+  test::WriteBytes(path, ViewOf(data, size));
+  LinesFile file(path);
   SipSettings settings = ReadSipSettings(file);
   CheckSettings(settings);
   Check(WriteSipSettings(file, settings), "the file can be written");

@@ -9,8 +9,8 @@
 namespace kelmio::fuzz {
 
 /// Changes a few places of `text`: bytes, cuts, repeats, pieces of `other`, runs of one letter, numbers grown huge.
-inline std::string Mutated(std::string text, const std::string& other, std::mt19937& random,
-                           std::size_t longest = 8000) {
+inline std::string Mutated(std::string text, const std::string& other, std::mt19937& random) {
+  constexpr std::size_t kLongest = 8000;
   const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random()) % limit; };
   for (std::size_t changes = 1 + below(6); changes > 0 && !text.empty(); --changes) {
     const std::size_t at = below(text.size());
@@ -46,7 +46,7 @@ inline std::string Mutated(std::string text, const std::string& other, std::mt19
       break;
     }
   }
-  return text.substr(0, longest);
+  return text.substr(0, kLongest);
 }
 
 } // namespace kelmio::fuzz

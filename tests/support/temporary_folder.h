@@ -11,8 +11,8 @@ namespace kelmio::test {
 /// A folder of its own for one test, gone afterwards.
 class TemporaryFolder {
 public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kelmio-test-XXXXXX").string();
+  explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string pattern = parent / "kelmio-test-XXXXXX";
     path_ = ::mkdtemp(pattern.data());
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
