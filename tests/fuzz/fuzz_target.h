@@ -4,10 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "core/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -17,10 +21,26 @@ namespace kelmio::fuzz {
 std::vector<std::string> Seeds();
 
 /// Ends the process with `what` unless it holds: the way in which a fuzzer is told.
-void Check(bool holds, const char* what);
+inline void Check(bool holds, const char* what) {
+  if (holds)
+    return;
+  std::fprintf(stderr, "does not hold: %s\n", what);
+  std::abort();
+}
 
 /// A text that may be shown: UTF-8, without control characters and without those that turn the direction of writing.
-void CheckShown(std::string_view text, std::size_t longest);
+inline void CheckShown(std::string_view text, std::size_t longest) {
+  Check(text.size() <= longest, "a shown text has an end");
+  Check(IsValidUtf8(text), "a shown text is UTF-8");
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U; };
+    const bool ascii_control = byte(i) < 0x20 || byte(i) == 0x7F;
+    const bool latin_control = byte(i) == 0xC2 && byte(i + 1) < 0xA0;
+    const bool turns = byte(i) == 0xE2 && ((byte(i + 1) == 0x80 && byte(i + 2) >= 0xA8 && byte(i + 2) <= 0xAE) ||
+                                           (byte(i + 1) == 0x81 && byte(i + 2) >= 0xA6 && byte(i + 2) <= 0xA9));
+    Check(!ascii_control && !latin_control && !turns, "a shown text has no control characters");
+  }
+}
 
 /// Cuts an input into parts. Where it cuts is decided by the input's own first byte, so that the same input does the
 /// same again.
