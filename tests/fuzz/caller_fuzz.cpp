@@ -11,8 +11,7 @@ namespace {
 
 constexpr std::size_t kLongestIdentity = 203; // the last letter may take four bytes
 
-void CheckIdentity(std::string_view name, std::string_view user) {
-  const CallerIdentity caller = ReadCallerIdentity(name, user);
+void CheckIdentity(const CallerIdentity& caller) {
   CheckShown(caller.name, kLongestIdentity);
   CheckShown(caller.number, kLongestIdentity);
 }
@@ -26,10 +25,8 @@ void CheckMessage(std::string_view text) {
   const RePtr<sip_msg> message(decoded);
   if (!whole)
     return;
-  CheckIdentity(ToView(message->from.dname), UserOf(message->from.uri, message->from.auri));
-  const CallerIdentity caller = CallerOfAccount(*message);
-  CheckShown(caller.name, kLongestIdentity);
-  CheckShown(caller.number, kLongestIdentity);
+  CheckIdentity(ReadCallerIdentity(ToView(message->from.dname), UserOf(message->from.uri, message->from.auri)));
+  CheckIdentity(CallerOfAccount(*message));
   CheckShown(ForwarderOf(*message), kLongestIdentity);
 }
 
@@ -75,11 +72,12 @@ std::vector<std::string> Seeds() {
 } // namespace kelmio::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace kelmio;
   using namespace kelmio::fuzz;
   Cuts cuts(ViewOf(data, size));
   CheckMessage(cuts.Rest());
   CheckDialled(cuts.Rest());
   const std::string_view name = cuts.Part(cuts.Rest().size() + 1);
-  CheckIdentity(name, cuts.Rest());
+  CheckIdentity(ReadCallerIdentity(name, cuts.Rest()));
   return 0;
 }
