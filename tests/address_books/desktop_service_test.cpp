@@ -22,17 +22,6 @@ using namespace std::chrono_literals;
 
 constexpr const char* kService = "/usr/share/dbus-1/services/org.gnome.evolution.dataserver.Sources5.service";
 
-/// Reads until the line is whole; empty when it doesn't come.
-std::string FirstLineOf(ReaderProcess& process) {
-  std::string text;
-  for (int tries = 0; tries < 100 && text.find('\n') == std::string::npos; ++tries) {
-    std::string_view bytes;
-    if (process.Read(100ms, bytes) == ReaderProcess::Output::Bytes)
-      text += bytes;
-  }
-  return text.substr(0, text.find('\n'));
-}
-
 /// Waits for the end, at most ten seconds.
 int ExitCodeOf(ReaderProcess& process) {
   for (int tries = 0; tries < 1000 && !process.ExitCode(); ++tries)
@@ -66,11 +55,12 @@ protected:
     // The leak checker tells the libraries' own leaks from ours by who called, and glib hides that from its quick look.
     const char* options = getenv("ASAN_OPTIONS");
     setenv("ASAN_OPTIONS", (std::string(options != nullptr ? options : "") + ":fast_unwind_on_malloc=0").c_str(), 1);
+    const std::string address = "unix:path=" + home.Path() + "bus";
     bus = std::make_unique<ReaderProcess>(
-        "/usr/bin/dbus-daemon", std::vector<std::string>{"--session", "--nofork", "--nosyslog", "--print-address",
-                                                         "--address=unix:path=" + home.Path() + "bus"});
-    const std::string address = FirstLineOf(*bus);
-    ASSERT_NE(address, "");
+        "/usr/bin/dbus-daemon",
+        std::vector<std::string>{"--session", "--nofork", "--nosyslog", "--print-address", "--address=" + address});
+    std::string_view told;
+    ASSERT_EQ(bus->Read(10s, told), ReaderProcess::Output::Bytes) << "it tells its address once it listens";
     setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
   }
   void TearDown() override {

@@ -9,6 +9,7 @@
 
 #include "address_books/separate_address_books.h"
 #include "address_books/shown_items.h"
+#include "fakes/fake_loop.h"
 #include "support/file_text.h"
 #include "support/temporary_folder.h"
 
@@ -18,19 +19,12 @@ namespace {
 using namespace std::chrono_literals;
 using test::Shown;
 
-class CountingLoop : public EventLoop {
-public:
-  void Post(std::function<void()>) override {}
+struct CountingLoop : FakeLoop {
   void RunPending() override {
     ++runs;
-    if (const auto work = std::exchange(once, {}))
-      work();
+    FakeLoop::RunPending();
   }
-  void RunFor(std::chrono::milliseconds) override { RunPending(); }
-  void Quit() override {}
-
   int runs = 0;
-  std::function<void()> once;
 };
 
 class SeparateAddressBooksTest : public testing::Test {
@@ -106,7 +100,7 @@ TEST_F(SeparateAddressBooksTest, EndsAReaderThatHangsOrFloods) {
 TEST_F(SeparateAddressBooksTest, AnotherReadingMayBeginMeanwhile) {
   auto books = Books(Script(kItem + std::string("item \"$2\"") + kEnd));
   std::string inner;
-  loop.once = [&] { inner = *books.OpenFile("/inner")->Item(0).FullName; };
+  loop.Post([&] { inner = *books.OpenFile("/inner")->Item(0).FullName; });
   const auto outer = books.OpenFile("/outer");
   EXPECT_EQ(inner, "/inner");
   EXPECT_EQ(outer->Item(0).FullName, "/outer");
