@@ -9,9 +9,6 @@ namespace {
 
 using namespace test;
 
-/// Which of the two clocks ticks just before the other: the best and the worst that can be for one direction.
-enum class First { Line, Stream };
-
 DriftBuffer::Clock::time_point now;
 DriftBuffer::Clock::time_point Now() {
   return now;
@@ -22,8 +19,10 @@ struct Heard {
   Samples by_the_far_side;
 };
 
-/// `said` at the microphone, at `kDeskRate`; `far` on the line, at `rate`.
-Heard Talk(DeskHandset& handset, const Samples& said, const Samples& far, int rate, First first) {
+/// `said` at the microphone, at `kDeskRate`; `far` on the line, at `rate`. The clock that ticks just before the other
+/// makes the best and the worst that can be for one direction.
+Heard Talk(const Samples& said, const Samples& far, int rate, bool line_first) {
+  DeskHandset handset(Now);
   Heard heard;
   const auto line_frame = static_cast<std::size_t>(rate) / 50;
   Samples ear(kDeskFrame);
@@ -40,44 +39,37 @@ Heard Talk(DeskHandset& handset, const Samples& said, const Samples& far, int ra
       heard.by_the_far_side.insert(heard.by_the_far_side.end(), sent.begin(), sent.end());
     };
     now += std::chrono::milliseconds(20);
-    if (first == First::Stream)
+    if (!line_first)
       stream();
     line();
-    if (first == First::Line)
+    if (line_first)
       stream();
   }
   return heard;
 }
 
-constexpr double Milliseconds(std::size_t samples, int rate) {
-  return 1000.0 * static_cast<double>(samples) / rate;
-}
-
 // Of the 80 ms from mouth to ear that each way may take, the stream needs up to 40 for the loudspeaker's buffer, and up
 // to 30 for the frame that the microphone fills and the piece in which it comes.
 TEST(DeskHandset, CarriesBothVoicesInLittleTime) {
-  constexpr double kEarBudget = 80 - 40;
-  constexpr double kMouthBudget = 80 - 30;
+  constexpr int kEarBudget = 80 - 40;
+  constexpr int kMouthBudget = 80 - 30;
+  const Samples said = Quiet(10) + Speech(-24, 20, 1);
+  const Samples far = Quiet(10) + Speech(-24, 20, 2);
+  const auto compare = [](const Samples& original, const Samples& heard, int rate) {
+    return Compare(Seconds(original, rate, 26, 29), Seconds(heard, rate, 26, 29), static_cast<std::size_t>(rate) / 10);
+  };
   for (const int rate : {8000, 16000}) {
-    for (const First first : {First::Line, First::Stream}) {
-      SCOPED_TRACE(std::to_string(rate) + (first == First::Line ? ", the line first" : ", the stream first"));
-      const Samples said = At(kDeskRate, Quiet(10) + Speech(-24, 20, 1));
-      const Samples far = At(rate, Quiet(10) + Speech(-24, 20, 2));
-      DeskHandset handset(Now);
-      const Heard heard = Talk(handset, said, far, rate, first);
+    for (const bool line_first : {true, false}) {
+      SCOPED_TRACE(std::to_string(rate) + (line_first ? ", the line first" : ", the stream first"));
+      const Heard heard = Talk(At(kDeskRate, said), At(rate, far), rate, line_first);
 
-      const Samples far_at_desk = At(kDeskRate, Quiet(10) + Speech(-24, 20, 2));
-      const Likeness ear = Compare(Seconds(far_at_desk, kDeskRate, 26, 29),
-                                   Seconds(heard.at_the_ear, kDeskRate, 26, 29), kDeskRate / 10);
+      const Likeness ear = compare(At(kDeskRate, far), heard.at_the_ear, kDeskRate);
       EXPECT_GT(ear.correlation, 0.98);
-      EXPECT_LE(Milliseconds(ear.delay, kDeskRate), kEarBudget);
+      EXPECT_LE(static_cast<int>(ear.delay), kEarBudget * kDeskRate / 1000);
 
-      const Samples said_on_line = At(rate, Quiet(10) + Speech(-24, 20, 1));
-      const auto line_rate = static_cast<std::size_t>(rate);
-      const Likeness mouth =
-          Compare(Seconds(said_on_line, rate, 26, 29), Seconds(heard.by_the_far_side, rate, 26, 29), line_rate / 10);
+      const Likeness mouth = compare(At(rate, said), heard.by_the_far_side, rate);
       EXPECT_GT(mouth.correlation, 0.8) << "cleaned and levelled, but the same voice";
-      EXPECT_LE(Milliseconds(mouth.delay, rate), kMouthBudget);
+      EXPECT_LE(static_cast<int>(mouth.delay), kMouthBudget * rate / 1000);
     }
   }
 }
