@@ -2,9 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <span>
 
+#include "drivers/sip/sound_of_test.h"
 #include "media/desk_stream.h"
 #include "media/resampler.h"
 #include "media/signals.h"
@@ -37,17 +37,7 @@ inline Likeness Compare(std::span<const std::int16_t> original, std::span<const 
   Likeness best;
   const std::size_t count = std::min(original.size(), heard.size()) - longest_delay;
   for (std::size_t delay = 0; delay < longest_delay; ++delay) {
-    double product = 0;
-    double original_power = 1;
-    double heard_power = 1;
-    for (std::size_t i = 0; i < count; ++i) {
-      const double a = original[i];
-      const double b = heard[i + delay];
-      product += a * b;
-      original_power += a * a;
-      heard_power += b * b;
-    }
-    const double correlation = product / std::sqrt(original_power * heard_power);
+    const double correlation = FidelityOf(original.first(count), heard.subspan(delay, count)).correlation;
     if (correlation > best.correlation)
       best = {correlation, delay};
   }
