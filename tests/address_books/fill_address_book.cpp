@@ -16,17 +16,15 @@ ESource* NewAddressBook(ESourceRegistry* registry, GError** error) {
   return source;
 }
 
-bool Add(ESource* source, const char* card, GError** error) {
+void Add(ESource* source, const char* card, GError** error) {
   constexpr guint32 kNoWaitForNetwork = static_cast<guint32>(-1);
   EClient* client = e_book_client_connect_sync(source, kNoWaitForNetwork, nullptr, error);
   if (client == nullptr)
-    return false;
+    return;
   EContact* contact = e_contact_new_from_vcard(card);
-  const bool added = e_book_client_add_contact_sync(E_BOOK_CLIENT(client), contact, E_BOOK_OPERATION_FLAG_NONE, nullptr,
-                                                    nullptr, error) != FALSE;
+  e_book_client_add_contact_sync(E_BOOK_CLIENT(client), contact, E_BOOK_OPERATION_FLAG_NONE, nullptr, nullptr, error);
   g_object_unref(contact);
   g_object_unref(client);
-  return added;
 }
 
 } // namespace
