@@ -14,6 +14,7 @@ LEVELS = (
     ("core",),
     ("telephony/tapi_control",),
     ("drivers", "media", "address_books", "address_books/readers"),
+    ("fakes",),  # stand-ins in memory, which only tests include
     ("messages/store", "contacts/store", "calls/log"),
     ("telephony",),
     ("messages", "contacts", "calls", "settings_ui"),
@@ -22,9 +23,6 @@ LEVELS = (
     ("app",),
 )
 LEVEL = {folder: level for level, folders in enumerate(LEVELS) for folder in folders}
-
-# The in-memory stand-ins implement interfaces from the platform up to the drivers' level.
-FAKES_REACH = LEVEL["drivers"]
 
 # A kind of driver may use what all drivers share, and no other kind.
 DRIVERS = re.compile(r"drivers/\w+$")
@@ -46,29 +44,20 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 
 def folder_of(path):
-    """The folder that stands on a level (or `fakes`, or a kind of driver), the longest that `path` lies in."""
+    """The folder that stands on a level (or a kind of driver), the longest that `path` lies in."""
     parts = path.split("/")[:-1]
     for count in range(len(parts), 0, -1):
         folder = "/".join(parts[:count])
-        if folder in LEVEL or folder == "fakes" or DRIVERS.match(folder):
+        if folder in LEVEL or DRIVERS.match(folder):
             return folder
     return None
 
 
-def level_of(folder):
-    return LEVEL["drivers"] if DRIVERS.match(folder) else LEVEL[folder]
-
-
 def may_include(folder, other):
-    if folder == other or folder == "app":
+    if folder in (other, "app") or (other == "drivers" and DRIVERS.match(folder)):
         return True
-    if other == "fakes":
-        return False
-    if folder == "fakes":
-        return level_of(other) <= FAKES_REACH
-    if DRIVERS.match(folder) and other == "drivers":
-        return True
-    return level_of(other) < level_of(folder)
+    level, other_level = (LEVEL.get(each, LEVEL["drivers"]) for each in (folder, other))
+    return other != "fakes" and other_level < level
 
 
 def faults_of(source, path, tree):
@@ -97,7 +86,7 @@ def faults_of(source, path, tree):
 
 
 def faults_of_tree(top):
-    tree = {folder.split("/")[0] for folder in LEVEL} | {"fakes"}
+    tree = {folder.split("/")[0] for folder in LEVEL}
     faults = []
     for path in sorted(p for p in top.rglob("*") if p.suffix in (".h", ".cpp")):
         faults += faults_of(path.read_text(encoding="utf-8"), path.relative_to(top).as_posix(), tree)
