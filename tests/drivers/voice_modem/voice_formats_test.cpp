@@ -1,7 +1,6 @@
 // The choice among what real chips offer, and samples there and back.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <tuple>
 
