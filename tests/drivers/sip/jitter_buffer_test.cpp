@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <random>
 
-#include "drivers/sip/audio_codec.h"
 #include "drivers/sip/concealment.h"
 #include "drivers/sip/sound_of_test.h"
 
@@ -118,79 +116,6 @@ TEST_F(JitterBufferTest, AbsorbsClocksThatDifferOnlyWhereThereIsSilence) {
     // Ten minutes are 30 frames apart; the depth has room for a few of them.
     EXPECT_NEAR(static_cast<double>(ratio > 1 ? figures.frames_dropped : figures.frames_inserted), 26, 3);
     EXPECT_LE(lost, ratio > 1 ? 0 : 30) << ratio;
-  }
-}
-
-// The network of a bad evening, with a seeded generator: 470 packets, delays and losses.
-struct Heard {
-  std::vector<std::int16_t> samples;
-  int lost = 0;
-};
-
-Heard Through(std::span<const std::int16_t> said, double jitter, double loss, unsigned seed) {
-  std::mt19937 random(seed);
-  std::normal_distribution<> delay(0, jitter);
-  std::uniform_real_distribution<> chance;
-  AudioCodec codec(AudioCoding::Pcmu);
-  JitterBuffer buffer;
-  Concealment concealment(8000);
-  const std::size_t packets = said.size() / kFrame;
-  std::vector<std::pair<double, std::size_t>> arrivals;
-  Heard heard;
-  for (std::size_t i = 0; i < packets; ++i) {
-    const double at = static_cast<double>(i) * 20 + (jitter > 0 ? std::max(0.0, delay(random)) : 0.0);
-    if (chance(random) < loss)
-      ++heard.lost;
-    else
-      arrivals.emplace_back(at, i);
-  }
-  std::sort(arrivals.begin(), arrivals.end());
-  auto arrival = arrivals.begin();
-  for (std::size_t tick = 0; tick < packets + 40; ++tick) {
-    for (; arrival != arrivals.end() && arrival->first <= static_cast<double>(tick) * 20; ++arrival) {
-      std::array<std::uint8_t, kFrame> bytes{};
-      codec.Encode(said.subspan(arrival->second * kFrame, kFrame), bytes);
-      buffer.Put(static_cast<std::uint32_t>(arrival->second * kFrame), false, bytes);
-    }
-    const auto frame = buffer.Pull();
-    std::array<std::int16_t, kFrame> samples{};
-    if (frame.Whole()) {
-      codec.Decode(frame.bytes, samples);
-      concealment.Heard(samples);
-    } else {
-      std::vector<std::int16_t> after;
-      std::size_t more = 0;
-      for (std::uint32_t ahead = 0; ahead < 5; ++ahead) {
-        const auto next = buffer.Peek(ahead);
-        if (!next.Whole() && !after.empty())
-          break;
-        if (!next.Whole()) {
-          more += kFrame;
-          continue;
-        }
-        after.resize(after.size() + kFrame);
-        codec.Decode(next.bytes, std::span(after).last(kFrame));
-      }
-      concealment.Fill(samples, more, after);
-    }
-    heard.samples.insert(heard.samples.end(), samples.begin(), samples.end());
-  }
-  return heard;
-}
-
-TEST(ReceivedSound, IsWholeUnderJitterAndHardlyTouchedByLoss) {
-  constexpr std::size_t kFrames = 470;
-  const auto said = VoiceOfTest(kFrames * 0.02);
-  const auto damaged = [&](const Heard& heard) {
-    const std::size_t offset = OffsetOf(said, heard.samples, kFrame);
-    return DamagedFrames(said, std::span(heard.samples).subspan(offset), kFrame);
-  };
-  EXPECT_EQ(damaged(Through(said, 0, 0, 1)), 0);
-  for (unsigned seed = 1; seed <= 5; ++seed) {
-    EXPECT_EQ(damaged(Through(said, 30, 0, seed)), 0) << seed;
-    const Heard heard = Through(said, 30, 0.03, seed);
-    EXPECT_GT(heard.lost, 5);
-    EXPECT_LE(damaged(heard), 12) << "of " << heard.lost << " lost";
   }
 }
 

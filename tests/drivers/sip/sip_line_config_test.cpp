@@ -29,7 +29,7 @@ protected:
     peer = std::make_unique<SipPeer>(Line().Port());
     before = test::BytesOf(path);
   }
-  void Show(SipConfiguration& line) override { shown = &line; }
+  void Show(SipConfiguration&) override {}
 
   SipLine& Line() { return driver->Line(); }
   SipSettings OnPort(std::uint16_t number) {
@@ -37,12 +37,16 @@ protected:
     settings.listen.port = number;
     return settings;
   }
-  /// One that another line has held until now.
+  /// One that another line holds.
+  std::uint16_t TakenPort() {
+    other = std::make_unique<SipDriver>(loop, OnAnyPort());
+    EXPECT_TRUE(other->Line().Open(others));
+    return other->Line().Port();
+  }
   std::uint16_t FreePort() {
-    SipDriver other(loop, OnAnyPort());
-    ReportsOfTest deaf;
-    EXPECT_TRUE(other.Line().Open(deaf));
-    return other.Line().Port();
+    const std::uint16_t number = TakenPort();
+    other.reset();
+    return number;
   }
   bool Rings(std::uint16_t number) {
     SipPeer caller(number);
@@ -58,23 +62,21 @@ protected:
   test::TemporaryFolder folder;
   std::string path = folder.Path() + "Lines.ini";
   std::string before;
-  SipConfiguration* shown = nullptr;
+  ReportsOfTest others;
+  std::unique_ptr<SipDriver> other;
 };
 
 TEST_F(SipLineConfigTest, MovesToANewPortWhileItIsOpen) {
-  Line().Configure();
-  ASSERT_EQ(shown, &Line());
   const std::uint16_t old_port = Line().Port();
   const std::uint16_t new_port = FreePort();
   SipSettings settings = OnPort(new_port);
   settings.codings = {AudioCoding::Pcmu};
-  EXPECT_EQ(Line().Test(settings),
-            "127.0.0.1:" + std::to_string(new_port) + " can be opened, and the line answers there.");
+  const std::string where = "127.0.0.1:" + std::to_string(new_port);
+  EXPECT_EQ(Line().Test(settings), where + " can be opened, and the line answers there.");
   ASSERT_EQ(Line().TakeOver(settings).state, State::Done);
 
-  EXPECT_EQ(Line().Test(settings), "The line answers at 127.0.0.1:" + std::to_string(new_port) + ".");
-  EXPECT_EQ(Line().StateInWords(),
-            "Reachable at 127.0.0.1:" + std::to_string(new_port) + " by programs on this computer.");
+  EXPECT_EQ(Line().Test(settings), "The line answers at " + where + ".");
+  EXPECT_EQ(Line().StateInWords(), "Reachable at " + where + " by programs on this computer.");
   EXPECT_FALSE(Rings(old_port));
   EXPECT_TRUE(Rings(new_port));
   SipPeer other_coding(new_port);
@@ -82,29 +84,26 @@ TEST_F(SipLineConfigTest, MovesToANewPortWhileItIsOpen) {
   EXPECT_TRUE(other_coding.Await(488));
 
   const std::string text = test::BytesOf(path);
-  for (const std::string& part : {std::string("; mine\n"), std::string("; ports\n"), std::string("Foreign=kept\n"),
-                                  "Listen=127.0.0.1:" + std::to_string(new_port) + "\n"})
-    EXPECT_NE(text.find(part), std::string::npos) << part << text;
+  EXPECT_TRUE(text.starts_with("; mine\n[SIP]\n; ports\nListen=" + where + "\nForeign=kept\n")) << text;
   LinesFile file(path);
   EXPECT_EQ(ReadSipSettings(file), settings);
-
-  Line().Close();
-  EXPECT_EQ(Line().StateInWords(), "Switched off.");
 }
 
 TEST_F(SipLineConfigTest, StaysWhereItIsWhenTheNewAddressCannotBeOpened) {
   const std::uint16_t old_port = Line().Port();
-  SipDriver other(loop, OnAnyPort());
-  ReportsOfTest deaf;
-  ASSERT_TRUE(other.Line().Open(deaf));
-  const std::string taken = "Port " + std::to_string(other.Line().Port()) + " is taken by another program.";
-  const SipSettings wanted = OnPort(other.Line().Port());
-  EXPECT_EQ(Line().Test(wanted), taken);
   // The line was opened on whatever port was free; it has to come back to a known one.
   ASSERT_EQ(Line().TakeOver(OnPort(FreePort())).state, State::Done);
   const std::uint16_t new_port = Line().Port();
   before = test::BytesOf(path);
   EXPECT_NE(new_port, old_port);
+
+  const SipSettings wanted = OnPort(TakenPort());
+  const std::string port_text = std::to_string(wanted.listen.port);
+  const std::string taken = "Port " + port_text + " is taken by another program.";
+  EXPECT_EQ(Line().Test(wanted), taken);
+  SipDriver third(loop, wanted);
+  EXPECT_FALSE(third.Line().Open(others));
+  EXPECT_TRUE(others.Logged("SIP line: 127.0.0.1:" + port_text + " can't be opened: Address already in use"));
 
   const SipTakeOver refused = Line().TakeOver(wanted);
   EXPECT_EQ(refused.state, State::Refused);
@@ -161,7 +160,7 @@ TEST_F(SipLineConfigTest, NeverCutsACall) {
   EXPECT_FALSE(next.Await(200, 100ms));
 }
 
-TEST_F(SipLineConfigTest, TakesWaitingSettingsOverWhenItIsClosed) {
+TEST_F(SipLineConfigTest, TakesWaitingSettingsOverWhenItIsClosedOrSaysWhyNot) {
   CallUp();
   const SipSettings settings = OnPort(FreePort());
   EXPECT_EQ(Line().TakeOver(settings).state, State::Waiting);
@@ -170,20 +169,16 @@ TEST_F(SipLineConfigTest, TakesWaitingSettingsOverWhenItIsClosed) {
   EXPECT_EQ(ReadSipSettings(file), settings);
   ASSERT_TRUE(Line().Open(reports));
   EXPECT_EQ(Line().Port(), settings.listen.port);
-}
 
-TEST_F(SipLineConfigTest, SaysWhenItIsClosedThatTheWaitingSettingsCameToNothing) {
-  const SipSettings before_call = Line().Settings();
+  reports.words.clear();
+  peer = std::make_unique<SipPeer>(Line().Port());
   CallUp();
-  SipDriver other(loop, OnAnyPort());
-  ReportsOfTest deaf;
-  ASSERT_TRUE(other.Line().Open(deaf));
-  const std::uint16_t taken = other.Line().Port();
+  const std::uint16_t taken = TakenPort();
   EXPECT_EQ(Line().TakeOver(OnPort(taken)).state, State::Waiting);
   Line().Close();
   EXPECT_TRUE(reports.Logged("SIP line: Port " + std::to_string(taken) +
                              " is taken by another program. The settings stay as they were."));
-  EXPECT_EQ(Line().Settings(), before_call);
+  EXPECT_EQ(Line().Settings(), settings);
 }
 
 /// A network of this process's own in which this computer has a public address as well.
@@ -219,26 +214,11 @@ TEST(SipAllowTest, HearsStrangersOnlyWhereEveryoneMayCall) {
     settings.allow = allow;
     SipDriver driver(loop, settings);
     ASSERT_TRUE(driver.Line().Open(reports));
-    sockaddr_in line{.sin_family = AF_INET, .sin_port = htons(driver.Line().Port()), .sin_addr = {}, .sin_zero = {}};
-    ::inet_pton(AF_INET, kPublic, &line.sin_addr);
-    for (const std::string from : {"198.51.100.5", "127.0.0.1"})
-      for (const std::string tag : {"", ";tag=guessed"}) {
-        const int caller = ::socket(AF_INET, SOCK_DGRAM, 0);
-        sockaddr_in own{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {}, .sin_zero = {}};
-        ::inet_pton(AF_INET, from.c_str(), &own.sin_addr);
-        ASSERT_EQ(::bind(caller, reinterpret_cast<sockaddr*>(&own), sizeof(own)), 0);
-        const timeval limit{.tv_sec = 0, .tv_usec = 200'000};
-        ::setsockopt(caller, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-        const std::string text = "OPTIONS sip:a@b SIP/2.0\r\nVia: SIP/2.0/UDP " + from + ";rport;branch=z9hG4bK" +
-                                 from + tag.substr(0, 1) + std::to_string(caller) +
-                                 "\r\nFrom: <sip:x@y>;tag=1\r\nTo: <sip:a@b>" + tag + "\r\nCall-ID: " + from +
-                                 "\r\nCSeq: 1 OPTIONS\r\nContent-Length: 0\r\n\r\n";
-        ::sendto(caller, text.data(), text.size(), 0, reinterpret_cast<sockaddr*>(&line), sizeof(line));
-        char reply[16]{};
-        const bool answered = ::recv(caller, reply, sizeof(reply) - 1, 0) > 0;
-        EXPECT_EQ(answered, allow == SipAllow::Everyone || from == "127.0.0.1") << from << tag << reply;
-        ::close(caller);
-      }
+    for (const std::string from : {kPublic, "127.0.0.1"})
+      for (const std::string tag : {"", ";tag=guessed"})
+        EXPECT_EQ(IsAnswered("OPTIONS", from, kPublic, driver.Line().Port(), tag),
+                  allow == SipAllow::Everyone || from == "127.0.0.1")
+            << from << tag;
   }
 }
 

@@ -12,10 +12,10 @@ namespace kelmio {
 
 namespace {
 
-sockaddr_in Loopback(std::uint16_t port) {
+sockaddr_in AddressOf(const std::string& host, std::uint16_t port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  inet_pton(AF_INET, host.c_str(), &address.sin_addr);
   address.sin_port = htons(port);
   return address;
 }
@@ -27,8 +27,9 @@ std::string TagOf(const std::string& header) {
 
 } // namespace
 
-TestSocket::TestSocket() : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address = Loopback(0);
+TestSocket::TestSocket(const std::string& host, std::uint16_t port)
+    : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address = AddressOf(host, port);
   socklen_t length = sizeof(address);
   if (bind(descriptor_, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
       getsockname(descriptor_, reinterpret_cast<sockaddr*>(&address), &length) != 0)
@@ -40,8 +41,8 @@ TestSocket::~TestSocket() {
   close(descriptor_);
 }
 
-void TestSocket::Send(std::uint16_t port, std::string_view bytes) const {
-  const sockaddr_in address = Loopback(port);
+void TestSocket::Send(std::uint16_t port, std::string_view bytes, const std::string& host) const {
+  const sockaddr_in address = AddressOf(host, port);
   sendto(descriptor_, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
@@ -82,6 +83,18 @@ std::string SipText::Body() const {
 std::uint16_t SipText::MediaPort() const {
   const auto at = text.find("m=audio ");
   return at == std::string::npos ? std::uint16_t{0} : static_cast<std::uint16_t>(std::atoi(text.c_str() + at + 8));
+}
+
+bool IsAnswered(const std::string& method, const std::string& from, const std::string& host, std::uint16_t port,
+                const std::string& tag) {
+  const TestSocket socket(from);
+  const std::string token = method + std::to_string(socket.Port());
+  socket.Send(port,
+              method + " sip:a@b SIP/2.0\r\nVia: SIP/2.0/UDP " + from + ";rport;branch=z9hG4bK" + token +
+                  "\r\nFrom: <sip:x@y>;tag=1\r\nTo: <sip:a@b>" + tag + "\r\nContact: <sip:x@y>\r\nCall-ID: " + token +
+                  "\r\nCSeq: 1 " + method + "\r\nMax-Forwards: 70\r\nContent-Length: 0\r\n\r\n",
+              host);
+  return socket.Receive(std::chrono::milliseconds(200)).has_value();
 }
 
 SipPeer::SipPeer(std::uint16_t line_port) : line_port_(line_port) {}
@@ -160,24 +173,23 @@ std::optional<SipText> SipPeer::Next(std::chrono::milliseconds limit) const {
   return message;
 }
 
-std::optional<SipText> SipPeer::Await(int status, std::chrono::milliseconds limit) const {
+std::optional<SipText> SipPeer::NextThat(const std::function<bool(const SipText&)>& fits,
+                                         std::chrono::milliseconds limit) const {
   const auto end = std::chrono::steady_clock::now() + limit;
   while (true) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
     auto message = Next(left);
-    if (!message || message->Status() == status)
+    if (!message || fits(*message))
       return message;
   }
 }
 
+std::optional<SipText> SipPeer::Await(int status, std::chrono::milliseconds limit) const {
+  return NextThat([&](const SipText& message) { return message.Status() == status; }, limit);
+}
+
 std::optional<SipText> SipPeer::AwaitRequest(std::string_view method, std::chrono::milliseconds limit) const {
-  const auto end = std::chrono::steady_clock::now() + limit;
-  while (true) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    auto message = Next(left);
-    if (!message || (message->Status() == 0 && message->Method() == method))
-      return message;
-  }
+  return NextThat([&](const SipText& message) { return message.Status() == 0 && message.Method() == method; }, limit);
 }
 
 void SipPeer::SendRtp(std::uint16_t to, const RtpPacket& packet) const {

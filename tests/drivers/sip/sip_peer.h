@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,16 +13,17 @@
 
 namespace kelmio {
 
-/// A UDP socket on loopback.
+/// A UDP socket of this computer.
 class TestSocket {
 public:
-  TestSocket();
+  explicit TestSocket(const std::string& host = "127.0.0.1", std::uint16_t port = 0);
   ~TestSocket();
   TestSocket(const TestSocket&) = delete;
   TestSocket& operator=(const TestSocket&) = delete;
 
+  int Descriptor() const { return descriptor_; }
   std::uint16_t Port() const { return port_; }
-  void Send(std::uint16_t port, std::string_view bytes) const;
+  void Send(std::uint16_t port, std::string_view bytes, const std::string& host = "127.0.0.1") const;
   /// Nothing when none comes in time. `from` is told the sender's port.
   std::optional<std::string> Receive(std::chrono::milliseconds limit, std::uint16_t* from = nullptr) const;
 
@@ -41,6 +43,10 @@ struct SipText {
   std::uint16_t MediaPort() const;
   bool Says(std::string_view words) const { return text.find(words) != std::string::npos; }
 };
+
+/// Whether a request that comes from the address `from` is answered at all. `tag` is a further part of its To.
+bool IsAnswered(const std::string& method, const std::string& from, const std::string& host, std::uint16_t port,
+                const std::string& tag = "");
 
 /// A caller or callee with one dialog at a time. It retransmits nothing.
 class SipPeer {
@@ -83,6 +89,8 @@ public:
   std::optional<std::vector<std::uint8_t>> NextRtp(std::chrono::milliseconds limit = std::chrono::seconds{2}) const;
 
 private:
+  std::optional<SipText> NextThat(const std::function<bool(const SipText&)>& fits,
+                                  std::chrono::milliseconds limit) const;
   std::string Head(const std::string& method, int sequence, const std::string& branch) const;
   void SendRequest(const std::string& method, int sequence, const std::string& branch, const std::string& body,
                    const std::string& extra = "") const;
