@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -12,22 +11,8 @@
 
 namespace kelmio {
 
-Stranger::Stranger(std::uint16_t port) : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in own{};
-  own.sin_family = AF_INET;
-  own.sin_port = htons(port);
-  // One that is bound to every address can speak from each of them; next to a port that is taken on one, on another.
-  own.sin_addr.s_addr = htonl(port == 0 ? INADDR_ANY : INADDR_LOOPBACK + 1);
-  socklen_t length = sizeof(own);
-  if (bind(descriptor_, reinterpret_cast<sockaddr*>(&own), length) != 0 ||
-      getsockname(descriptor_, reinterpret_cast<sockaddr*>(&own), &length) != 0)
-    std::abort();
-  port_ = ntohs(own.sin_port);
-}
-
-Stranger::~Stranger() {
-  close(descriptor_);
-}
+// One that is bound to every address can speak from each of them; next to a port that is taken on one, on another.
+Stranger::Stranger(std::uint16_t port) : socket_(port == 0 ? "0.0.0.0" : "127.0.0.2", port) {}
 
 void Stranger::Send(std::uint16_t to, std::string_view bytes, std::uint16_t host) const {
   sockaddr_in line{};
@@ -50,12 +35,12 @@ void Stranger::Send(std::uint16_t to, std::string_view bytes, std::uint16_t host
   in_pktinfo info{};
   info.ipi_spec_dst.s_addr = htonl((127U << 24U) + host);
   std::memcpy(CMSG_DATA(header), &info, sizeof(info));
-  sendmsg(descriptor_, &message, 0);
+  sendmsg(socket_.Descriptor(), &message, 0);
 }
 
 void Stranger::Drain() const {
   char byte = 0;
-  while (recv(descriptor_, &byte, 1, MSG_DONTWAIT) >= 0) {
+  while (recv(socket_.Descriptor(), &byte, 1, MSG_DONTWAIT) >= 0) {
   }
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "drivers/sip/sip_peer.h"
+
 namespace kelmio {
 
 /// Sends to a port of this computer, from any of its loopback addresses.
@@ -13,19 +15,15 @@ class Stranger {
 public:
   /// `port` 0 takes any.
   explicit Stranger(std::uint16_t port = 0);
-  ~Stranger();
-  Stranger(const Stranger&) = delete;
-  Stranger& operator=(const Stranger&) = delete;
 
-  std::uint16_t Port() const { return port_; }
+  std::uint16_t Port() const { return socket_.Port(); }
   /// As from 127.0.`host`.
   void Send(std::uint16_t to, std::string_view bytes, std::uint16_t host = 1) const;
   /// Throws away what was answered.
   void Drain() const;
 
 private:
-  int descriptor_;
-  std::uint16_t port_ = 0;
+  TestSocket socket_;
 };
 
 /// Datagrams that a SIP port meets: damaged messages of all kinds, well-formed ones that fit nothing, offers of a
