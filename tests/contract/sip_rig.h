@@ -1,26 +1,23 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "contract/line_rig.h"
-#include "drivers/sip/loop_of_test.h"
-#include "drivers/sip/sip_driver.h"
-#include "drivers/sip/sip_peer.h"
+#include "drivers/sip/line_fixture.h"
+#include "drivers/sip/registrar_peer.h"
 
 namespace kelmio::test {
 
 class SipRig : public LineRig {
 public:
-  EventLoop& Loop() override { return loop_; }
-  std::unique_ptr<LineDriver> MakeDriver() override {
+  SipRig() {
     // Below the ports that the system hands out by itself, and another one for each process.
     constexpr int kFirstPort = 20000;
     constexpr int kPorts = 10000;
     settings_.listen.port = static_cast<std::uint16_t>(kFirstPort + ::getpid() % kPorts);
-    Prepare();
-    return std::make_unique<SipDriver>(loop_, settings_);
   }
+  EventLoop& Loop() override { return loop_; }
+  std::unique_ptr<LineDriver> MakeDriver() override { return std::make_unique<SipDriver>(loop_, settings_); }
   bool RunUntil(const std::function<bool()>& done) override { return loop_.RunUntil(done); }
   void FarEndCalls() override {
     up_ = false;
@@ -42,34 +39,36 @@ public:
   void TakeDevice(bool taken) override {
     other_ = taken ? std::make_unique<SipDriver>(loop_, settings_) : nullptr;
     if (other_ != nullptr) {
-      EXPECT_TRUE(other_->Line().Open(deaf_));
+      EXPECT_TRUE(other_->Line().Open(others_));
     }
   }
 
 protected:
-  /// Before the line is made, once its port is chosen.
-  virtual void Prepare() {}
-
   SipSettings settings_;
 
 private:
-  class DeafEvents : public LineEvents {
-    void NewCall(std::shared_ptr<DeviceCall> /*call*/) override {}
-    void Ring(DeviceCall& /*call*/, int /*count*/) override {}
-    void CallerID(DeviceCall& /*call*/, const std::string& /*name*/, const std::string& /*number*/) override {}
-    void StateChanged(DeviceCall& /*call*/, CallState /*state*/) override {}
-    void Connected(DeviceCall& /*call*/) override {}
-    void Busy(DeviceCall& /*call*/) override {}
-    void Digit(DeviceCall& /*call*/, char /*digit*/) override {}
-    void Disconnected(DeviceCall& /*call*/) override {}
-    void Log(const std::string& /*text*/) override {}
-  };
-
   LoopOfTest loop_;
   std::unique_ptr<SipPeer> peer_;
   bool up_ = false;
-  DeafEvents deaf_;
+  ReportsOfTest others_;
   std::unique_ptr<SipDriver> other_;
+};
+
+/// The same far end, behind a registrar that the line has to find its way to first.
+class SipAccountRig : public SipRig {
+public:
+  SipAccountRig() {
+    const auto port = settings_.listen.port;
+    settings_ = registrar_.Settings();
+    settings_.listen.port = port;
+  }
+  void FarEndCalls() override {
+    EXPECT_TRUE(RunUntil([&] { return registrar_.BoundPort() == settings_.listen.port; }));
+    SipRig::FarEndCalls();
+  }
+
+private:
+  RegistrarPeer registrar_;
 };
 
 } // namespace kelmio::test
