@@ -121,18 +121,18 @@ TEST_F(HostileTest, ACallThatIsUpComesThroughUnharmed) {
   Speaker speaker(*peer, answer.MediaPort(), VoiceOfTest(10), {AudioCoding::Pcma, payload_type::kPcma, kFrame});
   loop.RunFor(1s);
 
-  const Stranger neighbour;              // other ports of the peer's own address, and any other address
-  const Stranger twin(peer->rtp.Port()); // the peer's own port at another address
-  HostileMessages messages(neighbour.Port(), peer->Sdp());
+  // At the peer's own address and at others; the twin has the peer's own port.
+  const TestSocket strangers[] = {TestSocket("127.0.0.1"), TestSocket("127.0.0.2"), TestSocket("127.0.0.3")};
+  const TestSocket twin("127.0.0.2", peer->rtp.Port());
+  HostileMessages messages(peer->Sdp());
   const std::size_t before = ResidentBytes();
   for (int i = 0; i < datagrams; ++i) {
     if (i % 4 == 3)
-      (i % 8 == 3 ? twin : neighbour).Send(answer.MediaPort(), SoundOfStranger(speaker), i % 8 == 3 ? 2 : 1);
+      (i % 8 == 3 ? twin : strangers[0]).Send(answer.MediaPort(), SoundOfStranger(speaker));
     else
-      neighbour.Send(driver->Line().Port(), messages.Next(), static_cast<std::uint16_t>(1 + random_() % 3));
+      strangers[random_() % 3].Send(driver->Line().Port(), messages.Next());
     if (i % 32 == 31) {
       ASSERT_TRUE(KeepStep()) << "after " << i;
-      neighbour.Drain();
     }
   }
   const double grown = static_cast<double>(ResidentBytes()) / 1e6 - static_cast<double>(before) / 1e6;
@@ -154,14 +154,13 @@ TEST_F(HostileTest, ACallThatIsUpComesThroughUnharmed) {
 TEST_F(HostileTest, AnIdleLineReadsWhatStrangersOfferAndStillTakesACall) {
   const int datagrams = NumberFrom("KELMIO_DATAGRAMS", 20'000) / 5;
   OpenLine();
-  const Stranger stranger;
-  HostileMessages messages(stranger.Port(), peer->Sdp("0 8 9 101", "a=ptime:20\r\na=sendrecv\r\n"));
+  const TestSocket stranger;
+  HostileMessages messages(peer->Sdp("0 8 9 101", "a=ptime:20\r\na=sendrecv\r\n"));
   for (int i = 0; i < datagrams; ++i) {
     stranger.Send(driver->Line().Port(), messages.Next());
     if (i % 16 != 15)
       continue;
     ASSERT_TRUE(KeepStep()) << "after " << i;
-    stranger.Drain();
     // What rings is let go, so that the line is there for the next offer.
     if (reports.call)
       reports.call->Hangup();
@@ -202,13 +201,16 @@ TEST_P(FloodTest, ARealCallGetsThrough) {
   peer->from = "<sip:friend@127.0.0.1>";
 
   std::jthread flood([&](const std::stop_token& stop) {
-    int sent = 0;
-    const Stranger stranger;
-    HostileMessages messages(stranger.Port(), peer->Sdp());
-    for (auto next = Clock::now(); !stop.stop_requested(); next += std::chrono::microseconds(1s) / kPerSecond) {
-      const auto host = static_cast<std::uint16_t>(512 + sent++ % GetParam());
-      stranger.Send(driver->Line().Port(), messages.Invite(host), host);
-      stranger.Drain();
+    std::vector<std::pair<std::string, std::unique_ptr<TestSocket>>> strangers;
+    for (int i = 0; i < GetParam(); ++i) {
+      const std::string host = "127.0." + std::to_string(2 + i / 256) + "." + std::to_string(i % 256);
+      strangers.emplace_back(host, std::make_unique<TestSocket>(host));
+    }
+    HostileMessages messages(peer->Sdp());
+    auto next = Clock::now();
+    for (std::size_t i = 0; !stop.stop_requested(); i = (i + 1) % strangers.size()) {
+      strangers[i].second->Send(driver->Line().Port(), messages.Invite(strangers[i].first));
+      next += std::chrono::microseconds(1s) / kPerSecond;
       std::this_thread::sleep_until(next);
     }
   });

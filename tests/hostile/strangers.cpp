@@ -1,65 +1,28 @@
 #include "hostile/strangers.h"
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <fstream>
 
 #include "fuzz/mutated.h"
 
 namespace kelmio {
 
-// One that is bound to every address can speak from each of them; next to a port that is taken on one, on another.
-Stranger::Stranger(std::uint16_t port) : socket_(port == 0 ? "0.0.0.0" : "127.0.0.2", port) {}
-
-void Stranger::Send(std::uint16_t to, std::string_view bytes, std::uint16_t host) const {
-  sockaddr_in line{};
-  line.sin_family = AF_INET;
-  line.sin_port = htons(to);
-  line.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  iovec data{const_cast<char*>(bytes.data()), bytes.size()};
-  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in_pktinfo))]{};
-  msghdr message{};
-  message.msg_name = &line;
-  message.msg_namelen = sizeof(line);
-  message.msg_iov = &data;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = sizeof(control);
-  cmsghdr* header = CMSG_FIRSTHDR(&message);
-  header->cmsg_level = IPPROTO_IP;
-  header->cmsg_type = IP_PKTINFO;
-  header->cmsg_len = CMSG_LEN(sizeof(in_pktinfo));
-  in_pktinfo info{};
-  info.ipi_spec_dst.s_addr = htonl((127U << 24U) + host);
-  std::memcpy(CMSG_DATA(header), &info, sizeof(info));
-  sendmsg(socket_.Descriptor(), &message, 0);
-}
-
-void Stranger::Drain() const {
-  char byte = 0;
-  while (recv(socket_.Descriptor(), &byte, 1, MSG_DONTWAIT) >= 0) {
-  }
-}
-
 std::string HostileMessages::Request(const std::string& method, const std::string& more, const std::string& body) {
   const std::string token = std::to_string(++count_);
   const std::string head = count_ % 9 == 8 ? "SIP/2.0 200 OK" : method + " sip:a@127.0.0.1 SIP/2.0";
-  return head + "\r\nVia: SIP/2.0/UDP 127.0.0.1:" + std::to_string(port_) + ";branch=z9hG4bKh" + token +
+  return head + "\r\nVia: SIP/2.0/UDP 127.0.0.1:9;branch=z9hG4bKh" + token +
          ";rport\r\nFrom: \"N\" <sip:n@127.0.0.1>;tag=f" + token + "\r\nTo: <sip:a@127.0.0.1>" +
          (count_ % 5 == 4 ? ";tag=t" : "") + "\r\nCall-ID: h" + token + "\r\nCSeq: 1 " + method +
          "\r\nContact: <sip:n@127.0.0.1:9>\r\nMax-Forwards: 70\r\n" + more +
          "Content-Type: application/sdp\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
-std::string HostileMessages::Invite(std::uint16_t host) {
-  const std::string own = "127.0." + std::to_string(host / 256) + "." + std::to_string(host % 256);
+std::string HostileMessages::Invite(const std::string& host) {
   const std::string token = std::to_string(++count_);
-  return "INVITE sip:a@127.0.0.1 SIP/2.0\r\nVia: SIP/2.0/UDP " + own + ":" + std::to_string(port_) +
-         ";branch=z9hG4bKi" + token + ";rport\r\nFrom: <sip:flood@127.0.0.1>;tag=i" + token +
-         "\r\nTo: <sip:a@127.0.0.1>\r\nCall-ID: i" + token + "\r\nCSeq: 1 INVITE\r\nContact: <sip:flood@" + own +
+  return "INVITE sip:a@127.0.0.1 SIP/2.0\r\nVia: SIP/2.0/UDP " + host + ":9;branch=z9hG4bKi" + token +
+         ";rport\r\nFrom: <sip:flood@127.0.0.1>;tag=i" + token + "\r\nTo: <sip:a@127.0.0.1>\r\nCall-ID: i" + token +
+         "\r\nCSeq: 1 INVITE\r\nContact: <sip:flood@" + host +
          ">\r\nMax-Forwards: 70\r\nContent-Type: application/sdp\r\nContent-Length: " + std::to_string(sdp_.size()) +
          "\r\n\r\n" + sdp_;
 }

@@ -21,7 +21,6 @@ public:
   TestSocket(const TestSocket&) = delete;
   TestSocket& operator=(const TestSocket&) = delete;
 
-  int Descriptor() const { return descriptor_; }
   std::uint16_t Port() const { return port_; }
   void Send(std::uint16_t port, std::string_view bytes, const std::string& host = "127.0.0.1") const;
   /// Nothing when none comes in time. `from` is told the sender's port.
