@@ -50,14 +50,12 @@ SipSettings RegistrarPeer::Settings() const {
 
 int RegistrarPeer::Count(const std::string& method) const {
   const std::lock_guard lock(mutex_);
-  const auto found = counts_.find(method);
-  return found == counts_.end() ? 0 : found->second;
+  return seen_.contains(method) ? static_cast<int>(seen_.at(method).size()) : 0;
 }
 
 SipText RegistrarPeer::Last(const std::string& method) const {
   const std::lock_guard lock(mutex_);
-  const auto found = last_.find(method);
-  return found == last_.end() ? SipText{} : found->second;
+  return seen_.contains(method) ? seen_.at(method).back() : SipText{};
 }
 
 std::vector<std::string> RegistrarPeer::Bound() const {
@@ -84,8 +82,7 @@ void RegistrarPeer::Serve(const SipText& request, std::uint16_t from) {
   const std::string method = request.Method();
   {
     const std::lock_guard lock(mutex_);
-    ++counts_[method];
-    last_[method] = request;
+    seen_[method].push_back(request);
   }
   if (refuses_with != 0) {
     Reply(request, from, std::to_string(refuses_with) + " No");

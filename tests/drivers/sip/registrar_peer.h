@@ -50,8 +50,7 @@ private:
 
   TestSocket socket_;
   mutable std::mutex mutex_;
-  std::map<std::string, int> counts_;
-  std::map<std::string, SipText> last_;
+  std::map<std::string, std::vector<SipText>> seen_; // by method
   std::vector<std::string> bound_;
   std::atomic<bool> stop_ = false;
   std::thread thread_;

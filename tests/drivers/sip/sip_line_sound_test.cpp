@@ -50,16 +50,6 @@ TEST_F(SipLineTest, CarriesBothDirectionsInEveryCoding) {
   }
 }
 
-TEST_F(SipLineTest, KeepsTimeWhateverTheNetworkDoes) {
-  OpenLine();
-  CallUp();
-  const auto frames = port->Frames();
-  const auto start = std::chrono::steady_clock::now();
-  loop.RunFor(1000ms);
-  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-  EXPECT_NEAR(static_cast<double>(port->Frames() - frames), passed.count() * 50, 3);
-}
-
 TEST_F(SipLineTest, HearsOnlyWhatIsEncryptedOnceThatIsAgreed) {
   const std::string kOfferedKey =
       "a=crypto:3 AES_CM_128_HMAC_SHA1_32 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n";
