@@ -76,28 +76,13 @@ std::string SipText::Header(std::string_view name) const {
   return text.substr(start, text.find("\r\n", start) - start);
 }
 
-std::string SipText::Body() const {
-  return text.substr(text.find("\r\n\r\n") + 4);
-}
-
 std::uint16_t SipText::MediaPort() const {
   const auto at = text.find("m=audio ");
   return at == std::string::npos ? std::uint16_t{0} : static_cast<std::uint16_t>(std::atoi(text.c_str() + at + 8));
 }
 
-bool IsAnswered(const std::string& method, const std::string& from, const std::string& host, std::uint16_t port,
-                const std::string& tag) {
-  const TestSocket socket(from);
-  const std::string token = method + std::to_string(socket.Port());
-  socket.Send(port,
-              method + " sip:a@b SIP/2.0\r\nVia: SIP/2.0/UDP " + from + ";rport;branch=z9hG4bK" + token +
-                  "\r\nFrom: <sip:x@y>;tag=1\r\nTo: <sip:a@b>" + tag + "\r\nContact: <sip:x@y>\r\nCall-ID: " + token +
-                  "\r\nCSeq: 1 " + method + "\r\nMax-Forwards: 70\r\nContent-Length: 0\r\n\r\n",
-              host);
-  return socket.Receive(std::chrono::milliseconds(200)).has_value();
-}
-
-SipPeer::SipPeer(std::uint16_t line_port) : line_port_(line_port) {}
+SipPeer::SipPeer(std::uint16_t line_port, const std::string& host, std::string line_host)
+    : sip_(host), line_port_(line_port), line_host_(std::move(line_host)) {}
 
 std::string SipPeer::Sdp(std::string_view formats, std::string_view more) const {
   return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\nm=audio " +
@@ -105,46 +90,44 @@ std::string SipPeer::Sdp(std::string_view formats, std::string_view more) const 
          std::string(more);
 }
 
-std::string SipPeer::Head(const std::string& method, int sequence, const std::string& branch) const {
+void SipPeer::Send(const std::string& method, int sequence, const std::string& branch, const std::string& body) const {
   const std::string line = "sip:" + callee + "@127.0.0.1:" + std::to_string(line_port_);
   const std::string own = "127.0.0.1:" + std::to_string(Port());
-  return method + " " + line + " SIP/2.0\r\nVia: SIP/2.0/UDP " + own + ";branch=z9hG4bK" + branch +
-         ";rport\r\nFrom: " + from + ";tag=peer" + std::to_string(dialog_) + "\r\nTo: <" + line + ">" +
-         (remote_tag_.empty() ? "" : ";tag=" + remote_tag_) + "\r\nCall-ID: call" + std::to_string(dialog_) + "-" +
-         std::to_string(Port()) + "\r\nCSeq: " + std::to_string(sequence) + " " + method + "\r\nContact: <sip:test@" +
-         own + ">\r\nMax-Forwards: 70\r\n" + more_headers;
+  sip_.Send(line_port_,
+            method + " " + line + " SIP/2.0\r\nVia: SIP/2.0/UDP " + own + ";branch=z9hG4bK" + branch +
+                ";rport\r\nFrom: " + from + ";tag=peer" + std::to_string(dialog_) + "\r\nTo: <" + line + ">" +
+                (line_tag.empty() ? "" : ";tag=" + line_tag) + "\r\nCall-ID: call" + std::to_string(dialog_) + "-" +
+                std::to_string(Port()) + "\r\nCSeq: " + std::to_string(sequence) + " " + method +
+                "\r\nContact: <sip:test@" + own + ">\r\nMax-Forwards: 70\r\n" + more_headers +
+                (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
+                "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body,
+            line_host_);
 }
 
-void SipPeer::SendRequest(const std::string& method, int sequence, const std::string& branch, const std::string& body,
-                          const std::string& extra) const {
-  SendRaw(Head(method, sequence, branch) + extra + (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
-          "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
-}
-
-void SipPeer::Request(const std::string& method, const std::string& body, const std::string& extra) {
+void SipPeer::Request(const std::string& method) {
   ++sequence_;
-  SendRequest(method, sequence_, method + std::to_string(dialog_) + "x" + std::to_string(sequence_), body, extra);
+  Send(method, sequence_, method + std::to_string(dialog_) + "x" + std::to_string(sequence_), "");
 }
 
 void SipPeer::Invite(const std::string& body) {
   ++dialog_;
-  remote_tag_.clear();
+  line_tag.clear();
   Reinvite(body);
 }
 
 void SipPeer::Reinvite(const std::string& body) {
   invite_sequence_ = ++sequence_;
   invite_branch_ = "inv" + std::to_string(dialog_) + "x" + std::to_string(sequence_) + "p" + std::to_string(Port());
-  SendRequest("INVITE", invite_sequence_, invite_branch_, body);
+  Send("INVITE", invite_sequence_, invite_branch_, body);
 }
 
 void SipPeer::Ack(const std::string& body) {
-  SendRequest("ACK", invite_sequence_, invite_branch_ + "ack", body);
+  Send("ACK", invite_sequence_, invite_branch_ + "ack", body);
 }
 
 void SipPeer::Cancel() {
-  remote_tag_.clear();
-  SendRequest("CANCEL", invite_sequence_, invite_branch_, "");
+  line_tag.clear();
+  Send("CANCEL", invite_sequence_, invite_branch_, "");
 }
 
 void SipPeer::Bye() {
@@ -156,11 +139,12 @@ void SipPeer::Reply(const SipText& request, int status, const std::string& reaso
   std::string to = request.Header("To");
   if (to.find(";tag=") == std::string::npos)
     to += ";tag=callee";
-  SendRaw("SIP/2.0 " + std::to_string(status) + " " + reason + "\r\nVia: " + request.Header("Via") +
-          "\r\nFrom: " + request.Header("From") + "\r\nTo: " + to + "\r\nCall-ID: " + request.Header("Call-ID") +
-          "\r\nCSeq: " + request.Header("CSeq") + "\r\nContact: <sip:test@127.0.0.1:" + std::to_string(Port()) +
-          ">\r\n" + headers + (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
-          "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+  sip_.Send(line_port_, "SIP/2.0 " + std::to_string(status) + " " + reason + "\r\nVia: " + request.Header("Via") +
+                            "\r\nFrom: " + request.Header("From") + "\r\nTo: " + to +
+                            "\r\nCall-ID: " + request.Header("Call-ID") + "\r\nCSeq: " + request.Header("CSeq") +
+                            "\r\nContact: <sip:test@127.0.0.1:" + std::to_string(Port()) + ">\r\n" + headers +
+                            (body.empty() ? "" : "Content-Type: application/sdp\r\n") +
+                            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 
 std::optional<SipText> SipPeer::Next(std::chrono::milliseconds limit) const {
@@ -169,7 +153,7 @@ std::optional<SipText> SipPeer::Next(std::chrono::milliseconds limit) const {
     return std::nullopt;
   SipText message{*bytes};
   if (message.Status() > 100 && message.Header("CSeq").ends_with("INVITE"))
-    remote_tag_ = TagOf(message.Header("To"));
+    line_tag = TagOf(message.Header("To"));
   return message;
 }
 
@@ -188,8 +172,9 @@ std::optional<SipText> SipPeer::Await(int status, std::chrono::milliseconds limi
   return NextThat([&](const SipText& message) { return message.Status() == status; }, limit);
 }
 
-std::optional<SipText> SipPeer::AwaitRequest(std::string_view method, std::chrono::milliseconds limit) const {
-  return NextThat([&](const SipText& message) { return message.Status() == 0 && message.Method() == method; }, limit);
+std::optional<SipText> SipPeer::AwaitRequest(std::string_view method) const {
+  return NextThat([&](const SipText& message) { return message.Status() == 0 && message.Method() == method; },
+                  std::chrono::seconds(5));
 }
 
 void SipPeer::SendRtp(std::uint16_t to, const RtpPacket& packet) const {
@@ -198,8 +183,8 @@ void SipPeer::SendRtp(std::uint16_t to, const RtpPacket& packet) const {
   rtp.Send(to, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
-std::optional<std::vector<std::uint8_t>> SipPeer::NextRtp(std::chrono::milliseconds limit) const {
-  const auto bytes = rtp.Receive(limit);
+std::optional<std::vector<std::uint8_t>> SipPeer::NextRtp() const {
+  const auto bytes = rtp.Receive(std::chrono::seconds(2));
   if (!bytes)
     return std::nullopt;
   return std::vector<std::uint8_t>(bytes->begin(), bytes->end());

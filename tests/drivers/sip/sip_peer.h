@@ -37,28 +37,24 @@ struct SipText {
   int Status() const; // 0 for a request
   std::string Method() const;
   std::string Header(std::string_view name) const;
-  std::string Body() const;
   /// The port of the "m=audio" line.
   std::uint16_t MediaPort() const;
   bool Says(std::string_view words) const { return text.find(words) != std::string::npos; }
 };
 
-/// Whether a request that comes from the address `from` is answered at all. `tag` is a further part of its To.
-bool IsAnswered(const std::string& method, const std::string& from, const std::string& host, std::uint16_t port,
-                const std::string& tag = "");
-
 /// A caller or callee with one dialog at a time. It retransmits nothing.
 class SipPeer {
 public:
-  explicit SipPeer(std::uint16_t line_port);
+  /// Signals from the address `host` to the line at `line_host`.
+  explicit SipPeer(std::uint16_t line_port, const std::string& host = "127.0.0.1", std::string line_host = "127.0.0.1");
 
   TestSocket rtp;
   std::string from = "\"Test\" <sip:test@127.0.0.1>";
   std::string callee = "kelmio"; // the user it calls
   std::string more_headers;      // of every request, each ending in CR LF
+  mutable std::string line_tag;  // of the dialog, as the line has answered
 
   std::uint16_t Port() const { return sip_.Port(); }
-  void SendRaw(std::string_view bytes) const { sip_.Send(line_port_, bytes); }
 
   /// Offer or answer with the given formats ("0 8 9 101") and further lines, each ending in CR LF.
   std::string Sdp(std::string_view formats = "0 101", std::string_view more = "a=sendrecv\r\n") const;
@@ -69,7 +65,7 @@ public:
   void Ack(const std::string& body = "");
   void Cancel();
   void Bye();
-  void Request(const std::string& method, const std::string& body = "", const std::string& extra = "");
+  void Request(const std::string& method);
 
   // As a callee, or towards a request of the line.
   void Reply(const SipText& request, int status, const std::string& reason, const std::string& body = "",
@@ -80,27 +76,24 @@ public:
   /// The next response of this status to the latest request, others passed over.
   std::optional<SipText> Await(int status, std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
   /// The next request of this method, others passed over.
-  std::optional<SipText> AwaitRequest(std::string_view method,
-                                      std::chrono::milliseconds limit = std::chrono::seconds{5}) const;
+  std::optional<SipText> AwaitRequest(std::string_view method) const;
 
   // Sound. `to` is the line's port for it.
   void SendRtp(std::uint16_t to, const RtpPacket& packet) const;
-  std::optional<std::vector<std::uint8_t>> NextRtp(std::chrono::milliseconds limit = std::chrono::seconds{2}) const;
+  std::optional<std::vector<std::uint8_t>> NextRtp() const;
 
 private:
   std::optional<SipText> NextThat(const std::function<bool(const SipText&)>& fits,
                                   std::chrono::milliseconds limit) const;
-  std::string Head(const std::string& method, int sequence, const std::string& branch) const;
-  void SendRequest(const std::string& method, int sequence, const std::string& branch, const std::string& body,
-                   const std::string& extra = "") const;
+  void Send(const std::string& method, int sequence, const std::string& branch, const std::string& body) const;
 
   TestSocket sip_;
   std::uint16_t line_port_;
+  std::string line_host_;
   int dialog_ = 0;
   int sequence_ = 0;
   int invite_sequence_ = 0;
   std::string invite_branch_;
-  mutable std::string remote_tag_;
 };
 
 } // namespace kelmio
