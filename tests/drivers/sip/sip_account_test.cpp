@@ -247,8 +247,6 @@ TEST_F(SipAccountFileTest, KeepsAccountsAndHidesTheirPasswords) {
   EXPECT_EQ(test::BytesOf(file.Path()).find("cret"), std::string::npos);
   loop.RunPending();
   EXPECT_EQ(changes, 1);
-  ASSERT_EQ(driver.Lines().size(), 3U); // the account, direct calls, and a place for another
-  EXPECT_EQ(driver.Lines()[0], line);
 
   SipDriver again(loop, file, *this);
   const auto read = std::static_pointer_cast<SipLine>(again.Lines().at(0));
@@ -272,6 +270,7 @@ TEST_F(SipAccountFileTest, ListsAnAccountThatWasEnteredOnALineThatWasListedNoMor
   };
   const auto first = driver.Lines()[1];
   ASSERT_TRUE(enter(*first));
+  ASSERT_EQ(driver.Lines().size(), 3U); // the account, direct calls, and a place for another
   const auto spare = driver.Lines()[2];
   ASSERT_EQ(static_cast<SipLine&>(*first).RemoveAccount().state, SipTakeOver::State::Done);
   ASSERT_TRUE(enter(*first));

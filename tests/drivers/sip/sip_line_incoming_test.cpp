@@ -7,13 +7,12 @@ using namespace std::chrono_literals;
 
 TEST_F(SipLineTest, RefusesWhatItCannotTake) {
   OpenLine();
-  // A video coding, an unknown extension, a body that is no offer, a method that is none of ours.
-  peer->Invite(peer->Sdp("34", "a=rtpmap:34 H263/90000\r\n"));
-  EXPECT_TRUE(peer->Await(488));
-  peer->Ack();
-  peer->Invite("this is not SDP");
-  EXPECT_TRUE(peer->Await(488));
-  peer->Ack();
+  // A video coding, a body that is no offer, an unknown extension, a method that is none of ours.
+  for (const std::string& body : {peer->Sdp("34", "a=rtpmap:34 H263/90000\r\n"), std::string("this is not SDP")}) {
+    peer->Invite(body);
+    EXPECT_TRUE(peer->Await(488)) << body;
+    peer->Ack();
+  }
   peer->more_headers = "Require: 100rel\r\n";
   peer->Invite(peer->Sdp());
   const auto refused = peer->Await(420);
