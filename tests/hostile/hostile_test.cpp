@@ -68,9 +68,9 @@ protected:
   /// Waits until the line has answered a question of its own, and so has read what came before.
   ::testing::AssertionResult KeepStep() {
     for (int attempt = 0; attempt < 20; ++attempt) {
-      meter_.emplace(driver->Line().Port());
-      meter_->Request("OPTIONS");
-      const bool answered = meter_->Await(200, 500ms).has_value();
+      SipPeer meter(driver->Line().Port());
+      meter.Request("OPTIONS");
+      const bool answered = meter.Await(200, 500ms).has_value();
       loop.RunPending();
       if (answered)
         return ::testing::AssertionSuccess();
@@ -109,9 +109,6 @@ protected:
   }
 
   std::mt19937 random_{20261123};
-
-private:
-  std::optional<SipPeer> meter_;
 };
 
 TEST_F(HostileTest, ACallThatIsUpComesThroughUnharmed) {
