@@ -194,15 +194,16 @@ TEST_P(FloodTest, ARealCallGetsThrough) {
   const auto length = std::chrono::seconds(NumberFrom("KELMIO_FLOOD_SECONDS", 3));
   SipSettings settings = OnAnyPort();
   settings.listen.host = "0.0.0.0"; // where strangers are held off; what is sent here comes over loopback all the same
+  // Before the line, which takes a crowd of new descriptors in its own process for connections to it.
+  std::vector<std::pair<std::string, std::unique_ptr<TestSocket>>> strangers;
+  for (int i = 0; i < GetParam(); ++i) {
+    const std::string host = "127.0." + std::to_string(2 + i / 256) + "." + std::to_string(i % 256);
+    strangers.emplace_back(host, std::make_unique<TestSocket>(host));
+  }
   OpenLine(settings);
   peer->from = "<sip:friend@127.0.0.1>";
 
   std::jthread flood([&](const std::stop_token& stop) {
-    std::vector<std::pair<std::string, std::unique_ptr<TestSocket>>> strangers;
-    for (int i = 0; i < GetParam(); ++i) {
-      const std::string host = "127.0." + std::to_string(2 + i / 256) + "." + std::to_string(i % 256);
-      strangers.emplace_back(host, std::make_unique<TestSocket>(host));
-    }
     HostileMessages messages(peer->Sdp());
     auto next = Clock::now();
     for (std::size_t i = 0; !stop.stop_requested(); i = (i + 1) % strangers.size()) {

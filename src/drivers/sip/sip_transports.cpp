@@ -198,6 +198,8 @@ void SipTransports::PutCrowdOut() {
     Unbind();
   if (bound_.empty())
     BindAll();
+  if (crowded)
+    quiet_ = FreeDescriptor(); // what is still in use was none of theirs
 }
 
 std::optional<sa> SipTransports::AddressTowards(const sa& peer) const {

@@ -71,7 +71,7 @@ private:
   std::vector<RePtr<udp_helper>> guards_;
   std::string knock_;
   MonotonicTimer look_again_;
-  int quiet_ = 0; // the descriptor that was free when the line was opened
+  int quiet_ = 0; // the descriptor that was free without strangers
   MonotonicTimer count_;
 };
 
