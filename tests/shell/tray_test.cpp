@@ -169,7 +169,7 @@ TEST(Balloon, TellsOnceWhenItComesAndGoes) {
   balloon.Show();
   loop.Advance(std::chrono::hours(1));
   const auto on_mouse = tips.shown->on_mouse;
-  for (const std::uint32_t message : {512, 513, 516}) // the last one behind its end
+  for (const std::uint32_t message : {512U, 513U, 516U}) // the last one behind its end
     on_mouse(message);
   EXPECT_THAT(told, ElementsAre("showed", "512", "513", "destroyed"));
   EXPECT_EQ(loop.RunningTimers(), 0U);
