@@ -1,185 +1,154 @@
-"""A desk for the program: a screen with a window manager, and a sound server with microphone and loudspeaker."""
+"""A desk for the program: a screen with a window manager, a bus, and a sound server with microphone and loudspeaker."""
 import os
-import pathlib
-import re
-import shutil
 import subprocess
-import tempfile
 import threading
 import time
+import unittest
 
 import numpy as np
 
 import sound
-from program import eventually
+from program import Beside, Home, Program, eventually
 
 RATE = 16000  # of microphone and loudspeaker
+# A bus that starts no services by itself.
+BUS = """<busconfig><type>session</type><listen>unix:path={}/bus</listen><policy context="default">
+<allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy></busconfig>"""
 
 
-class Screen:
+class Screen(Beside):
     """A display of its own, without a tray, so that the main window stays. Keys go to the window that has the focus."""
 
+    SIZE = (1280, 800)
+    PREFERENCES = "ShowTaskBar=0\n"  # of the window manager
+
     def __init__(self):
-        self._folder = tempfile.mkdtemp(prefix="kelmio-e2e-")
-        (pathlib.Path(self._folder) / ".icewm").mkdir()
-        (pathlib.Path(self._folder) / ".icewm" / "preferences").write_text("ShowTaskBar=0\n")
-        self._processes = []
+        super().__init__()
+        (self.folder / ".icewm").mkdir()
+        (self.folder / ".icewm" / "preferences").write_text(self.PREFERENCES)
         reader, writer = os.pipe()
-        self._start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset",
-                    "-fbdir", self._folder, fds=(writer,))
+        self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", "{}x{}x24".format(*self.SIZE), "-nolisten", "tcp",
+                   "-noreset", "-fbdir", self.folder, pass_fds=(writer,))
         os.close(writer)
         # Xvfb tells the number that it has found free, to the end of the line, or ends.
         with os.fdopen(reader) as told:
             self.display = ":" + told.readline().strip()
-        self._start("icewm")
+        self.start_manager()
+
+    def start_manager(self):
+        home = {"DISPLAY": self.display, "HOME": str(self.folder)}
+        self.manager = self.start("icewm", env=os.environ | home)
 
     def environment(self):
         # The keyboard library of X11 copies by length out of a buffer with no end mark, which is right and which the
         # sanitizer's strict reading of strings takes for a fault.
         sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":strict_string_checks=0"
-        return {"DISPLAY": self.display, "QT_QPA_PLATFORM": "xcb", "HOME": self._folder, "ASAN_OPTIONS": sanitizer}
+        return {"DISPLAY": self.display, "QT_QPA_PLATFORM": "xcb", "HOME": str(self.folder), "ASAN_OPTIONS": sanitizer}
 
-    def close(self):
-        for process in reversed(self._processes):
-            process.terminate()
-            try:
-                process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
-        shutil.rmtree(self._folder, ignore_errors=True)
-
-    def window(self, title, timeout=15):
+    def window(self, title):
         """The window of that title, once it is on the screen and has the focus."""
-
-        def found():
-            return self._xdotool("search", "--onlyvisible", "--name", f"^{title}$").split()
-
-        window = eventually(found, f"a window named {title}", timeout)[-1]
-        eventually(lambda: self._activated(window), f"the focus on {title}", timeout)
+        window = self.visible(title)
+        eventually(lambda: self._activated(window), f"the focus on {title}")
         return window
 
-    def visible(self, title, but=None, timeout=15):
+    def visible(self, title, but=None):
         """Waits for a window of that title on the screen, another one than `but`."""
-
-        def found():
-            return [w for w in self._xdotool("search", "--onlyvisible", "--name", f"^{title}$").split() if w != but]
-
-        return eventually(found, f"{title} on the screen", timeout)[-1]
-
-    def minimize(self, window):
-        self._xdotool("windowminimize", window)
-
-    def press(self, keys):
-        """Whatever locks are on stay on."""
-        self._xdotool("key", keys)
-
-    def hold(self, key):
-        self._xdotool("keydown", key)
-
-    def let_go(self, key):
-        self._xdotool("keyup", key)
-
-    def set_layout(self, layout):
-        """Of the keyboard, such as "us"."""
-        subprocess.run(["setxkbmap", layout], env=os.environ | {"DISPLAY": self.display}, check=True, timeout=20)
-
-    def sees(self, title):
-        """Whether a window of that title is on the screen now."""
-        return self._xdotool("search", "--onlyvisible", "--name", f"^{title}$") != ""
+        return eventually(lambda: [w for w in self.windows(title) if w != but], f"{title} on the screen")[-1]
 
     def no_window(self, title):
-        eventually(lambda: not self._xdotool("search", "--onlyvisible", "--name", f"^{title}$"), f"{title} closed")
+        eventually(lambda: not self.windows(title), f"{title} closed")
+
+    def windows(self, title):
+        """Those of that title that are on the screen now."""
+        return self.xdotool("search", "--onlyvisible", "--name", f"^{title}$").split()
+
+    def minimize(self, window):
+        self.xdotool("windowminimize", window)
 
     def key(self, *keys):
         for key in keys:
-            self._xdotool("key", "--clearmodifiers", key)
+            self.xdotool("key", "--clearmodifiers", key)
             time.sleep(0.05)
 
-    def click(self, window, x, y):
-        """At a place inside the window, in pixels."""
-        self._xdotool("mousemove", "--window", window, str(x), str(y), "click", "1")
+    def type(self, text):
+        self.xdotool("type", "--delay", "20", text)
 
-    def pixels(self, window, x, y, width, height):
-        """What a part of a window shows: rows of pixels, each with blue, green and red from 0 to 255."""
-        geometry = self._xdotool("getwindowgeometry", "--shell", window)
-        left, top = (int(re.search(rf"^{side}=(-?\d+)$", geometry, re.MULTILINE).group(1)) for side in "XY")
+    def click(self, window, x, y):
+        """At a place inside the window, in pixels; whichever window lies there."""
+        self.xdotool("mousemove", "--window", window, str(x), str(y), "click", "1")
+
+    def pixels(self, x=0, y=0, width=SIZE[0], height=SIZE[1], window=None):
+        """What the screen shows, or a part of a window: rows of pixels, each with red, green and blue from 0 to 255."""
+        left, top, *_ = self.place(window) if window else (0, 0)
         # The screen is a file in the format of the X window dump: a header of big-endian words, which counts its own
         # bytes (0), those of a row (12) and the colours (19, of 12 bytes each) before the picture.
-        screen = (pathlib.Path(self._folder) / "Xvfb_screen0").read_bytes()
+        screen = (self.folder / "Xvfb_screen0").read_bytes()
         head = np.frombuffer(screen[:100], ">u4")
         rows = np.frombuffer(screen[head[0] + 12 * head[19] :], np.uint8)
         rows = rows[: len(rows) // head[12] * head[12]].reshape(-1, head[12] // 4, 4)
-        return rows[top + y : top + y + height, left + x : left + x + width, :3]
-
-    def click_at(self, x, y):
-        """At a place of the screen, in pixels; whichever window lies there."""
-        self._xdotool("mousemove", str(x), str(y), "click", "1")
+        return rows[top + y : top + y + height, left + x : left + x + width, 2::-1].astype(int)
 
     def active(self):
         """The window that has the focus."""
-        return self._xdotool("getactivewindow").strip()
+        return self.xdotool("getactivewindow").strip()
 
     def place(self, window):
-        """Left, top, width and height in pixels."""
-        told = dict(line.split("=") for line in self._xdotool("getwindowgeometry", "--shell", window).split())
-        return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+        """Left, top, width and height in pixels; zeros of one that is gone."""
+        told = dict(line.split("=") for line in self.xdotool("getwindowgeometry", "--shell", window).split())
+        return tuple(int(told.get(name, 0)) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
-    def type(self, text):
-        self._xdotool("type", "--delay", "20", text)
+    def xdotool(self, *words):
+        return subprocess.run(["xdotool", *words], env=os.environ | {"DISPLAY": self.display},
+                              capture_output=True, text=True, timeout=20).stdout
 
     def _activated(self, window):
-        if self._xdotool("getactivewindow").strip() == window:
+        if self.active() == window:
             return True
-        self._xdotool("windowactivate", window)
+        self.xdotool("windowactivate", window)
         return False
 
-    def _xdotool(self, *words):
-        done = subprocess.run(["xdotool", *words], env=os.environ | {"DISPLAY": self.display},
-                              capture_output=True, text=True, timeout=20)
-        return done.stdout
 
-    def _start(self, *command, fds=()):
-        display = {"DISPLAY": self.display} if command[0] != "Xvfb" else {}
-        self._processes.append(subprocess.Popen(
-            command, env=os.environ | {"HOME": self._folder} | display, stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, pass_fds=fds))
+class Bus(Beside):
+    """A session bus of the test's own."""
+
+    def __init__(self):
+        super().__init__()
+        (self.folder / "bus.conf").write_text(BUS.format(self.folder))
+        daemon = self.start("dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", "--nosyslog",
+                            "--print-address", stdout=subprocess.PIPE, text=True)
+        self.address = daemon.stdout.readline().strip()
+
+    def environment(self):
+        return {"DBUS_SESSION_BUS_ADDRESS": self.address}
 
 
-class SoundDesk:
+class SoundDesk(Beside):
     """A sound server of the test's own. `speak` is what the microphone hears, `heard` what the loudspeaker plays."""
 
     def __init__(self):
-        self._folder = pathlib.Path(tempfile.mkdtemp(prefix="kelmio-e2e-"))
+        super().__init__()
         self._played = bytearray()
         self._over = threading.Event()
         self._to_say = b""
         self._said = threading.Event()
         self._lock = threading.Lock()
-        surroundings = {name: str(self._folder) for name in ("HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME")}
+        surroundings = {name: str(self.folder) for name in ("HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME")}
         shape = f"format=s16le rate={RATE} channels=1"
-        self._server = subprocess.Popen(
-            ["pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
-             f"--load=module-pipe-sink sink_name=speaker {shape} use_system_clock_for_timing=yes file={self._folder}/out",
-             f"--load=module-pipe-source source_name=microphone {shape} file={self._folder}/in",
-             f"--load=module-native-protocol-unix auth-anonymous=1 socket={self._folder}/socket"],
-            env=os.environ | surroundings, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
-        eventually(lambda: all((self._folder / name).exists() for name in ("out", "in", "socket")), "a sound server")
-        self._threads = [threading.Thread(target=work, daemon=True) for work in (self._hear, self._speak)]
-        for thread in self._threads:
+        self.start(
+            "pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
+            f"--load=module-pipe-sink sink_name=speaker {shape} use_system_clock_for_timing=yes file={self.folder}/out",
+            f"--load=module-pipe-source source_name=microphone {shape} file={self.folder}/in",
+            f"--load=module-native-protocol-unix auth-anonymous=1 socket={self.folder}/socket",
+            env=os.environ | surroundings)
+        eventually(lambda: all((self.folder / name).exists() for name in ("out", "in", "socket")), "a sound server")
+        for work in (self._hear, self._speak):
+            thread = threading.Thread(target=work, daemon=True)
             thread.start()
+            self.callback(thread.join, 2)
+        self.callback(self._over.set)
 
     def environment(self):
-        return {"PULSE_SERVER": f"unix:{self._folder}/socket"}
-
-    def close(self):
-        self._over.set()
-        for thread in self._threads:
-            thread.join(2)
-        self._server.kill()
-        self._server.wait()
-        shutil.rmtree(self._folder, ignore_errors=True)
+        return {"PULSE_SERVER": f"unix:{self.folder}/socket"}
 
     def speak(self, samples):
         """Says samples of 8000 a second at the microphone, and returns when they are said."""
@@ -200,7 +169,7 @@ class SoundDesk:
         return len(told.splitlines())
 
     def _hear(self):
-        pipe = os.open(self._folder / "out", os.O_RDONLY | os.O_NONBLOCK)
+        pipe = os.open(self.folder / "out", os.O_RDONLY | os.O_NONBLOCK)
         while not self._over.wait(0.01):
             try:
                 self._played += os.read(pipe, 65536)
@@ -210,7 +179,7 @@ class SoundDesk:
 
     def _speak(self):
         """A microphone gives sound at its own pace, silence where nobody speaks."""
-        pipe = os.open(self._folder / "in", os.O_WRONLY)
+        pipe = os.open(self.folder / "in", os.O_WRONLY)
         step = RATE // 50 * 2
         due = time.monotonic()
         while not self._over.is_set():
@@ -225,3 +194,26 @@ class SoundDesk:
             due += 0.02
             self._over.wait(max(due - time.monotonic(), 0))
         os.close(pipe)
+
+
+class ScreenTestCase(unittest.TestCase):
+    """Test cases with a screen each, on which `start` runs the program."""
+
+    def setUp(self):
+        self.screen = self.enterContext(Screen())
+
+    def start(self, surroundings=None, **home):
+        self.home = self.enterContext(Home(**home))
+        self.program = self.enterContext(
+            Program(self.home, surroundings=self.screen.environment() | (surroundings or {})))
+
+
+class SoundTestCase(ScreenTestCase):
+    """With a microphone and a loudspeaker."""
+
+    def setUp(self):
+        super().setUp()
+        self.desk = self.enterContext(SoundDesk())
+
+    def start(self, **home):
+        super().start(self.desk.environment(), **home)

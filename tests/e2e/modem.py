@@ -2,35 +2,24 @@
 import os
 import pathlib
 import subprocess
-import tempfile
 
 import sound
-from program import eventually
+from program import Beside, eventually
 
 EMULATOR = os.environ.get("KELMIO_MODEM_EMULATOR") or (
     pathlib.Path(__file__).parents[2] / "build/release/bin/modem_emulator")
 
 
-class Modem:
+class Modem(Beside):
     """`surroundings` go to the program, which finds this modem and no other but one that is plugged in `beside` it."""
 
     def __init__(self, personality="conexant", name="ttyACM0", beside=None):
-        self._folder = tempfile.TemporaryDirectory(prefix="kelmio-modem-")
-        self.folder = beside.folder if beside else pathlib.Path(self._folder.name)
-        self.surroundings = {"KELMIO_MODEM_DEVICES": str(self.folder)}
-        self._process = subprocess.Popen(
-            [EMULATOR, "--link", self.folder / name, "--personality", personality],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        super().__init__()
+        folder = (beside or self).folder
+        self.surroundings = {"KELMIO_MODEM_DEVICES": str(folder)}
+        self._process = self.start(EMULATOR, "--link", folder / name, "--personality", personality,
+                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=None, text=True)
         assert self._process.stdout.readline().startswith("ready"), "the modem does not start"
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self._process.stdin.close()
-        self._process.wait(10)
-        self._process.stdout.close()
-        self._folder.cleanup()
 
     def tell(self, command):
         """Has the modem or its line do something; what it says to that."""
@@ -61,5 +50,5 @@ class Modem:
         words = self.tell("state")[0].split()
         return dict(zip(words[::2], words[1::2]))
 
-    def on_hook(self, timeout=15):
-        eventually(lambda: self.state()["off-hook"] == "0", "the modem on hook", timeout)
+    def on_hook(self):
+        eventually(lambda: self.state()["off-hook"] == "0", "the modem on hook")

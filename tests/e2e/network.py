@@ -9,6 +9,17 @@ WORLD_ADDRESS = "198.51.100.2"
 
 # The router forgets who talked to whom as soon as the strictest that are sold.
 FORGETS_AFTER = 30  # seconds
+# Nobody comes in who was not asked, and none of them is remembered: a packet that comes a moment before the first one
+# goes out would take its port.
+RULES = """
+add table ip nat
+add chain ip nat out { type nat hook postrouting priority 100; }
+add rule ip nat out oifname outside masquerade
+add table ip guard
+""" + "".join(f"""
+add chain ip guard {hook}_in {{ type filter hook {hook} priority 0; }}
+add rule ip guard {hook}_in iifname outside ct state new drop
+""" for hook in ("forward", "input"))
 
 
 def run(*command):
@@ -32,33 +43,29 @@ def within(place):
     return ("ip", "netns", "exec", place)
 
 
+def ip(place, words):
+    run("ip", "-n", place, *words.split())
+
+
 def build():
     for place in ("home", "router", "world"):
         run("ip", "netns", "add", place)
-        run(*within(place), "ip", "link", "set", "lo", "up")
-    for place, end, address in (("home", "inside", ROUTER_INSIDE), ("world", "outside", ROUTER_OUTSIDE)):
-        run("ip", "link", "add", end, "netns", "router", "type", "veth", "peer", "name", "wire", "netns", place)
-        run(*within("router"), "ip", "address", "add", f"{address}/24", "dev", end)
-        run(*within("router"), "ip", "link", "set", end, "up")
-    for place, address in (("home", HOME_ADDRESS), ("world", WORLD_ADDRESS)):
-        run(*within(place), "ip", "address", "add", f"{address}/24", "dev", "wire")
-        run(*within(place), "ip", "link", "set", "wire", "up")
-    run(*within("home"), "ip", "route", "add", "default", "via", ROUTER_INSIDE)
-    run(*within("router"), "sysctl", "-qw", "net.ipv4.ip_forward=1")
-    run(*within("router"), "nft", "add table ip nat; add chain ip nat out { type nat hook postrouting priority 100; };"
-        " add rule ip nat out oifname outside masquerade")
-    # Nobody comes in who was not asked, and none of them is remembered: a packet that comes a moment before the first
-    # one goes out would take its port.
-    for hook in ("forward", "input"):
-        run(*within("router"), "nft", f"add table ip guard; add chain ip guard {hook}_in {{ type filter hook {hook} priority 0; }};"
-            f" add rule ip guard {hook}_in iifname outside ct state new drop")
-    for limit in ("nf_conntrack_udp_timeout", "nf_conntrack_udp_timeout_stream"):
-        run(*within("router"), "sysctl", "-qw", f"net.netfilter.{limit}={FORGETS_AFTER}")
+        ip(place, "link set lo up")
+    for place, end, router, address in (("home", "inside", ROUTER_INSIDE, HOME_ADDRESS),
+                                        ("world", "outside", ROUTER_OUTSIDE, WORLD_ADDRESS)):
+        ip("router", f"link add {end} type veth peer name wire netns {place}")
+        for at, device, own in (("router", end, router), (place, "wire", address)):
+            ip(at, f"address add {own}/24 dev {device}")
+            ip(at, f"link set {device} up")
+    ip("home", f"route add default via {ROUTER_INSIDE}")
+    run(*within("router"), "nft", RULES)
+    run(*within("router"), "sysctl", "-qw", "net.ipv4.ip_forward=1",
+        *(f"net.netfilter.nf_conntrack_udp_timeout{kind}={FORGETS_AFTER}" for kind in ("", "_stream")))
 
 
 def connect(connected):
     """Plugs the cable of the computer at home in or out, on the router's side of it."""
-    run(*within("router"), "ip", "link", "set", "inside", "up" if connected else "down")
+    ip("router", f"link set inside {'up' if connected else 'down'}")
 
 
 def ask_for_names(server):

@@ -1,4 +1,6 @@
 """The real program, started with no display and a home of its own, and what it leaves on disk."""
+import configparser
+import contextlib
 import os
 import pathlib
 import random
@@ -7,7 +9,6 @@ import shutil
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import threading
 import time
@@ -20,26 +21,14 @@ RECORDING = "Recording call..."
 
 PROGRAM = os.environ.get("KELMIO_PROGRAM") or pathlib.Path(__file__).parents[2] / "build/release/bin/kelmio"
 
-SKIPPED = 77  # SKIP_RETURN_CODE of the suite
-
-
-def main():
-    """Runs the test cases of the calling file; a file whose cases were all skipped says so to ctest."""
-    result = unittest.main(exit=False, verbosity=2).result
-    if result.wasSuccessful() and result.skipped and result.testsRun <= len(result.skipped):  # a whole class runs none
-        sys.exit(SKIPPED)
-    sys.exit(not result.wasSuccessful())
-
 
 def eventually(condition, what, timeout=15):
     """The first true value of `condition`, which is asked again and again."""
     end = time.monotonic() + timeout
-    while True:
-        value = condition()
-        if value:
-            return value
+    while not (value := condition()):
         assert time.monotonic() < end, f"{what}: not within {timeout} s"
         time.sleep(0.02)
+    return value
 
 
 def free_port():
@@ -57,55 +46,77 @@ def free_port():
 
 def read_ini(path):
     """Sections in the order of the file, each with its keys in order."""
-    sections = {}
-    for line in path.read_bytes().decode("utf-8").splitlines() if path.exists() else ():
-        if line.startswith("["):
-            section = sections.setdefault(line[1 : line.index("]")], {})
-        elif "=" in line:
-            key, _, value = line.partition("=")
-            section[key] = value
-    return sections
+    ini = configparser.RawConfigParser(delimiters="=", strict=False)
+    ini.optionxform = str
+    ini.read(path, encoding="utf-8")
+    return {section: dict(ini[section]) for section in ini.sections()}
 
 
-class Home:
-    """A program's folder, settings and desktop configuration in a temporary place."""
+class Beside(contextlib.ExitStack):
+    """Programs beside the one that is tested, and a folder for them, which all end with it."""
 
-    def __init__(self, settings=None, greeting=None, contacts="", folder=None):
-        self._folder = pathlib.Path(folder or tempfile.mkdtemp(prefix="kelmio-e2e-"))
-        self.path = self._folder / "home"
+    def __init__(self):
+        super().__init__()
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kelmio-e2e-"))
+        self.callback(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def start(self, *command, **how):
+        silent = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        process = subprocess.Popen(command, **silent | how)
+        self.callback(self._end, process)
+        return process
+
+    @staticmethod
+    def _end(process):
+        process.terminate()
+        try:
+            process.wait(10)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+        for pipe in filter(None, (process.stdin, process.stdout)):
+            pipe.close()
+
+
+class Home(Beside):
+    """A program's folder, settings and desktop configuration in a temporary place. `line` is text for its Lines.ini."""
+
+    def __init__(self, settings=None, greeting=None, contacts="", line=""):
+        super().__init__()
+        self._line = line
+        self.path = self.folder / "home"
         self.inbox = self.path / "Messages" / "Inbox"
         (self.path / "Sound").mkdir(parents=True)
-        (self._folder / "config").mkdir()
+        (self.folder / "config").mkdir()
         if greeting is not None:
             sound.write_wave(self.path / "Sound" / "Greeting.wav", greeting)
         if contacts:
             (self.path / "Contacts.ini").write_text(contacts, newline="\r\n")
         values = {"RecordingSilenceLength": 60000, "AutoAnswerRingCount": 2, "AutoStart": 0} | (settings or {})
-        lines = "".join(f'"{name}"="{value}"\r\n' for name, value in values.items())
-        (self._folder / "registry.reg").write_text(
-            "Windows Registry Editor Version 5.00\r\n\r\n"
-            f"[HKEY_LOCAL_MACHINE\\Software\\Ardelta\\Kelmio\\Settings]\r\n{lines}", newline="")
+        lines = "".join(f'"{name}"="{value}"\n' for name, value in values.items())
+        (self.folder / "registry.reg").write_text(
+            "Windows Registry Editor Version 5.00\n\n"
+            f"[HKEY_LOCAL_MACHINE\\Software\\Ardelta\\Kelmio\\Settings]\n{lines}", newline="\r\n")
+
+    remove = Beside.close
 
     def environment(self):
         return os.environ | {
             "KELMIO_HOME": str(self.path),
-            "KELMIO_REGISTRY": str(self._folder / "registry.reg"),
-            "XDG_CONFIG_HOME": str(self._folder / "config"),
+            "KELMIO_REGISTRY": str(self.folder / "registry.reg"),
+            "XDG_CONFIG_HOME": str(self.folder / "config"),
             "QT_QPA_PLATFORM": "offscreen",
             "DBUS_SESSION_BUS_ADDRESS": "disabled:",  # calls of a test are no business of the desktop it runs on
             "LC_ALL": "C.UTF-8",
         }
 
-    def remove(self):
-        shutil.rmtree(self._folder, ignore_errors=True)
-
     def set_line(self, port, ring_period):
         (self.path / "Lines.ini").write_text(
-            f"[SIP]\r\nListen=127.0.0.1:{port}\r\nRingPeriod={ring_period}\r\n", newline="")
+            f"[SIP]\nListen=127.0.0.1:{port}\nRingPeriod={ring_period}\n{self._line}", newline="\r\n")
 
     def setting(self, name):
         """A setting as it is stored; nothing for one that has its default."""
-        text = (self._folder / "registry.reg").read_bytes().decode("utf-8", "replace")
+        text = (self.folder / "registry.reg").read_bytes().decode("utf-8", "replace")
         found = re.search(rf'^"{name}"="(.*)"\r?$', text, re.MULTILINE)
         return found.group(1) if found else None
 
@@ -119,7 +130,7 @@ class Home:
         def complete():
             messages = self.messages()
             done = len(messages) >= count and all(int(m.get("Size", "-1")) > 0 for m in messages.values())
-            return list(messages.items()) if done else None
+            return done and list(messages.items())
 
         found = eventually(complete, f"{count} complete messages", timeout)
         assert len(found) == count, f"{len(found)} messages, not {count}"
@@ -203,40 +214,32 @@ class ProgramTestCase(unittest.TestCase):
     """Test cases that share one run of the program. `HOME` holds the arguments of its `Home`."""
 
     HOME = {}
-    RING_PERIOD = 500
 
     @classmethod
     def setUpClass(cls):
-        cls.home = Home(**cls.HOME)
-        cls.addClassCleanup(cls.home.remove)
-        cls.program = Program(cls.home, cls.RING_PERIOD)
+        cls.home = cls.enterClassContext(Home(**cls.HOME))
+        cls.program = Program(cls.home)
         cls.addClassCleanup(cls._end)
 
     @classmethod
     def _end(cls):
-        if cls.program.runs():
-            status = cls.program.stop()
-            assert status == 0, f"exit status {status}; the log:\n" + "".join(cls.program.log)
-        else:
-            cls.program.stop()
+        status = cls.program.stop()
+        assert status == 0, f"exit status {status}; the log:\n" + "".join(cls.program.log)
 
     def setUp(self):
         self.assertTrue(self.program.runs(), "the program is gone:\n" + "".join(self.program.log))
         self.before = len(self.home.messages())
         self.mark = self.program.mark()
 
-    def wait_for_log(self, text, timeout=20):
+    def wait_for_log(self, text):
         """Of what was logged during this test case."""
-        self.program.wait_for_log(text, self.mark, timeout)
+        self.program.wait_for_log(text, self.mark)
 
     def new_message(self):
         """File name and record of the message that this test case has left, once it is complete."""
-        name, record = self.home.complete_messages(self.before + 1)[-1]
-        self._not_in_the_second_of_another(name)
-        return name, record
-
-    @staticmethod
-    def _not_in_the_second_of_another(name):
+        self.before += 1
+        name, record = self.home.complete_messages(self.before)[-1]
         # Two messages of one second bear one name, and the later one takes the place of the earlier.
         while time.strftime("%d%m%y%H%M%S") == name[3:15]:
             time.sleep(0.05)
+        return name, record

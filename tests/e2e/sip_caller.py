@@ -2,6 +2,7 @@
 
 Loopback only, UDP, G.711 mu-law. Nothing is sent again: on loopback nothing gets lost unless the test wants it.
 """
+import email
 import itertools
 import random
 import re
@@ -17,24 +18,20 @@ import sound
 
 _PACKET_SECONDS = sound.FRAME / sound.RATE
 _EVENT_PAYLOAD = 101
+JANE = '"Jane Sample" <sip:5551234@127.0.0.1>'
 
 
 class Message:
     """A SIP message, taken apart as far as a caller needs it."""
 
     def __init__(self, data):
-        head, _, self.body = data.decode("utf-8", "replace").partition("\r\n\r\n")
-        self.first, *lines = head.split("\r\n")
-        self.headers = [(name.strip().lower(), value.strip()) for name, _, value in (line.partition(":") for line in lines)]
-        parts = self.first.split(" ", 2)
-        self.status = int(parts[1]) if parts[0] == "SIP/2.0" else None
-        self.method = None if self.status else parts[0]
+        self.first, _, rest = data.decode("utf-8", "replace").partition("\r\n")
+        self.fields = email.message_from_string(rest)
+        self.method, status, *_ = self.first.split(" ")
+        self.status = int(status) if self.method == "SIP/2.0" else None
 
-    def all(self, name):
-        return [value for key, value in self.headers if key == name]
-
-    def get(self, name):
-        return next(iter(self.all(name)), "")
+    def answers(self, method):
+        return self.fields["CSeq"].endswith(method)
 
 
 class Voice(threading.Thread):
@@ -44,14 +41,14 @@ class Voice(threading.Thread):
     `jitter` is the standard deviation of the packets' delay in seconds.
     """
 
-    def __init__(self, loss=0.0, jitter=0.0, seed=7):
+    def __init__(self, loss=0.0, jitter=0.0):
         super().__init__(daemon=True)
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.socket.bind(("127.0.0.1", 0))
         self.socket.settimeout(0.2)
         self.port = self.socket.getsockname()[1]
         self.lost = 0
-        self._fate, self._delays = random.Random(seed), random.Random(seed)
+        self._fate, self._delays = random.Random(7), random.Random(7)
         self._loss, self._jitter = loss, jitter
         self._lock = threading.Lock()
         self._to_say = np.zeros(0, np.int16)
@@ -62,15 +59,15 @@ class Voice(threading.Thread):
         self._heard = {}
         self._ear = threading.Thread(target=self._listen, daemon=True)
 
-    def begin(self, host, port):
-        self._target = (host, port)
+    def begin(self, port):
+        self._target = ("127.0.0.1", port)
         self.start()
         self._ear.start()
 
-    def say(self, samples, timeout=60):
+    def say(self, samples):
         """Says it and returns once the last packet is under way."""
         self.begin_to_say(samples)
-        assert self._said.wait(timeout), "the caller could not say all in time"
+        assert self._said.wait(60), "the caller could not say all in time"
 
     def begin_to_say(self, samples):
         with self._lock:
@@ -79,16 +76,13 @@ class Voice(threading.Thread):
 
     def press(self, key):
         """A key by RFC 4733: an event of 100 ms, its end sent three times."""
-        with self._lock:
-            self._keys.append("0123456789*#ABCD".index(key))
+        self._keys.append("0123456789*#ABCD".index(key))
 
     def heard(self):
         """All that came so far, laid out by the time stamps of the packets."""
         packets = dict(self._heard)
-        if not packets:
-            return sound.silence(0)
-        first = min(packets)
-        whole = np.zeros(max(packets) - first + sound.FRAME * 3, np.int16)
+        first = min(packets, default=0)
+        whole = np.zeros(max(packets, default=0) - first + sound.FRAME * 3, np.int16)
         for stamp, payload in packets.items():
             samples = sound.mulaw_decode(payload)
             whole[stamp - first : stamp - first + len(samples)] = samples[: len(whole) - (stamp - first)]
@@ -103,13 +97,14 @@ class Voice(threading.Thread):
 
     def run(self):
         started, waiting, sequence = time.monotonic(), [], 1000
-        event = None
+        event = []
         for tick in itertools.count():
             stamp = tick * sound.FRAME
-            event = event or self._next_event(stamp)
+            if self._keys and not event:
+                event = self._event(self._keys.pop(0), stamp)
             lost = False
             if event:
-                packets, event = self._event_packets(event)
+                packets = event.pop(0)
             else:
                 frame = self._next_frame()
                 lost = len(frame) > 0 and self._fate.random() < self._loss
@@ -117,16 +112,12 @@ class Voice(threading.Thread):
             self.lost += lost
             for payload_type, packet_stamp, payload in packets:
                 sequence += 1
+                delay = self._jitter * (3 + min(max(self._delays.gauss(0.0, 1.0), -3), 3))
                 header = struct.pack("!BBHII", 0x80, payload_type, sequence & 0xFFFF, packet_stamp, 0x4B454C4D)
                 if not lost:
-                    waiting.append((started + tick * _PACKET_SECONDS + self._delay(), header + payload))
+                    waiting.append((started + tick * _PACKET_SECONDS + delay, header + payload))
             if not self._send_until(started + (tick + 1) * _PACKET_SECONDS, waiting):
                 return
-
-    def _delay(self):
-        if not self._jitter:
-            return 0.0
-        return 3 * self._jitter + min(max(self._delays.gauss(0.0, self._jitter), -3 * self._jitter), 3 * self._jitter)
 
     def _send_until(self, end, waiting):
         """Sends what is due before `end`, each at its time; False when the call is over."""
@@ -149,17 +140,11 @@ class Voice(threading.Thread):
                 self._said.set()
         return frame
 
-    def _next_event(self, stamp):
-        with self._lock:
-            return (self._keys.pop(0), stamp, 0) if self._keys else None
-
     @staticmethod
-    def _event_packets(event):
-        code, stamp, duration = event
-        duration += sound.FRAME
-        last = duration >= 5 * sound.FRAME
-        payload = struct.pack("!BBH", code, (0x80 if last else 0) | 10, duration)
-        return [(_EVENT_PAYLOAD, stamp, payload)] * (3 if last else 1), None if last else (code, stamp, duration)
+    def _event(code, stamp):
+        """The packets of each 20 ms."""
+        payloads = [struct.pack("!BBH", code, 0x80 * (tick == 5) | 10, tick * sound.FRAME) for tick in range(1, 6)]
+        return [[(_EVENT_PAYLOAD, stamp, payload)] * count for payload, count in zip(payloads, (1, 1, 1, 1, 3))]
 
     def _listen(self):
         base = None
@@ -178,12 +163,10 @@ class Voice(threading.Thread):
 class Call:
     """One call from `caller` (what stands in From, display name included) to the line at `port`."""
 
-    def __init__(self, port, caller='"Jane Sample" <sip:5551234@127.0.0.1>', events=True, **voice):
+    def __init__(self, port, caller=JANE, events=True, **voice):
         self.voice = Voice(**voice)
         self.ended = threading.Event()  # the far end has hung up
         self.ended_at = None
-        self._port = port
-        self._events = events
         self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self._socket.connect(("127.0.0.1", port))
         self._socket.settimeout(0.2)
@@ -192,14 +175,19 @@ class Call:
         self._from = f"{caller};tag={uuid.uuid4().hex[:10]}"
         self._to = f"<sip:line@127.0.0.1:{port}>"
         self._target = f"sip:line@127.0.0.1:{port}"
-        self._branch = ""
-        self._cseq = 1
+        self._branch = self._new_branch()
         self._news = threading.Condition()
         self._responses = []
         self._open = True
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
-        self._invite()
+        formats, event_lines = "0", ""
+        if events:
+            formats = f"0 {_EVENT_PAYLOAD}"
+            event_lines = f"a=rtpmap:{_EVENT_PAYLOAD} telephone-event/8000\r\na=fmtp:{_EVENT_PAYLOAD} 0-15\r\n"
+        self._send(self._request("INVITE", 1, self._branch, self._to, (
+            "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
+            f"m=audio {self.voice.port} RTP/AVP {formats}\r\na=rtpmap:0 PCMU/8000\r\n{event_lines}a=ptime:20\r\n")))
 
     def __enter__(self):
         return self
@@ -207,26 +195,20 @@ class Call:
     def __exit__(self, *_):
         self.close()
 
-    def wait_for(self, status, method="INVITE", timeout=20):
-        """The first answer with this status (a number or several); fails when a final one of another kind comes."""
-        wanted = (status,) if isinstance(status, int) else tuple(status)
+    def wait_for(self, status, method="INVITE"):
+        """Waits for an answer with this status; fails when a final one of another kind comes."""
 
-        def found():
-            return next((m for m in self._responses if m.status in wanted and m.get("cseq").endswith(method)), None)
-
-        def refused():
-            return [m.first for m in self._responses if m.status >= 300 and m.get("cseq").endswith(method)]
+        def told():
+            return [m.status for m in self._responses if m.answers(method)]
 
         with self._news:
-            self._news.wait_for(lambda: found() or refused(), timeout)
-            assert found(), f"no {wanted} to {method} but {refused() or [m.first for m in self._responses]}"
-            return found()
+            self._news.wait_for(lambda: status in told() or max(told(), default=0) >= 300, 20)
+            assert status in told(), f"no {status} to {method} but {[m.first for m in self._responses]}"
 
-    def answered(self, timeout=20):
+    def answered(self):
         """Waits until the program has taken the call; sound runs from then on."""
-        self.wait_for(200, timeout=timeout)
-        self.voice.begin("127.0.0.1", self._far_rtp_port)
-        return self
+        self.wait_for(200)
+        self.voice.begin(self._far_rtp_port)
 
     def cancel(self):
         self._send(self._request("CANCEL", 1, self._branch, self._to))
@@ -234,8 +216,7 @@ class Call:
         self.wait_for(487)
 
     def hang_up(self):
-        self._cseq += 1
-        self._send(self._request("BYE", self._cseq, self._new_branch(), self._far_to))
+        self._send(self._request("BYE", 2, self._new_branch(), self._far_to))
         self.wait_for(200, "BYE")
         self.close()
 
@@ -246,16 +227,6 @@ class Call:
             self._reader.join(2)
             self.voice.end()
             self._socket.close()
-
-    def _invite(self):
-        formats, event_lines = "0", ""
-        if self._events:
-            formats = f"0 {_EVENT_PAYLOAD}"
-            event_lines = f"a=rtpmap:{_EVENT_PAYLOAD} telephone-event/8000\r\na=fmtp:{_EVENT_PAYLOAD} 0-15\r\n"
-        sdp = (f"v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
-               f"m=audio {self.voice.port} RTP/AVP {formats}\r\na=rtpmap:0 PCMU/8000\r\n{event_lines}a=ptime:20\r\n")
-        self._branch = self._new_branch()
-        self._send(self._request("INVITE", 1, self._branch, self._to, sdp))
 
     @staticmethod
     def _new_branch():
@@ -280,29 +251,40 @@ class Call:
             except OSError:
                 time.sleep(0.01)  # the port is closed just now: the program has gone or has not come yet
                 continue
-            if message.method:
-                self._asked(message)
-            else:
+            if message.status:
                 self._told(message)
+            else:
+                self._asked(message)
 
     def _told(self, message):
-        if message.status >= 200 and message.get("cseq").endswith("INVITE"):
-            to = message.get("to")
+        if message.status >= 200 and message.answers("INVITE"):
+            branch = self._branch
             if message.status < 300:
-                self._far_to = to
-                self._target = re.search(r"<([^>]+)>", message.get("contact")).group(1)
-                self._far_rtp_port = int(re.search(r"m=audio (\d+)", message.body).group(1))
-                self._send(self._request("ACK", 1, self._new_branch(), to))
-            else:
-                self._send(self._request("ACK", 1, self._branch, to))
+                branch = self._new_branch()
+                self._far_to = message.fields["To"]
+                self._target = re.search(r"<([^>]+)>", message.fields["Contact"]).group(1)
+                self._far_rtp_port = int(re.search(r"m=audio (\d+)", message.fields.get_payload()).group(1))
+            self._send(self._request("ACK", 1, branch, message.fields["To"]))
         with self._news:
             self._responses.append(message)
             self._news.notify_all()
 
     def _asked(self, message):
-        vias = "".join(f"Via: {via}\r\n" for via in message.all("via"))
-        self._send(f"SIP/2.0 200 OK\r\n{vias}From: {message.get('from')}\r\nTo: {message.get('to')}\r\n"
-                   f"Call-ID: {message.get('call-id')}\r\nCSeq: {message.get('cseq')}\r\nContent-Length: 0\r\n\r\n")
+        same = "".join(f"{name}: {value}\r\n" for name in ("Via", "From", "To", "Call-ID", "CSeq")
+                       for value in message.fields.get_all(name))
+        self._send(f"SIP/2.0 200 OK\r\n{same}Content-Length: 0\r\n\r\n")
         if message.method == "BYE" and not self.ended.is_set():
             self.ended_at = time.monotonic()
             self.ended.set()
+
+
+def leave_message(program, samples, caller=JANE, after=0.3, **voice):
+    """A call that says them once it is recorded and hangs up `after` that many seconds, when they have arrived."""
+    mark = program.mark()
+    with Call(program.port, caller, **voice) as call:
+        call.answered()
+        program.wait_for_log("Recording call...", mark)
+        call.voice.say(samples)
+        time.sleep(after)
+        call.hang_up()
+    return call

@@ -1,20 +1,15 @@
 """The line, set up in its own dialog while the program runs."""
 import socket
-import unittest
 
 import sip_caller
-from desk import Screen
-from program import Home, Program, eventually, free_port, main, read_ini
+from desk import ScreenTestCase
+from program import eventually, free_port, read_ini
 
 
-class Configuration(unittest.TestCase):
+class Configuration(ScreenTestCase):
     def setUp(self):
-        self.screen = Screen()
-        self.addCleanup(self.screen.close)
-        self.home = Home(settings={"AutoAnswerRingCount": 1})
-        self.addCleanup(self.home.remove)
-        self.program = Program(self.home, surroundings=self.screen.environment())
-        self.addCleanup(self.program.stop)
+        super().setUp()
+        self.start(settings={"AutoAnswerRingCount": 1})
         self.screen.window("Kelmio Standard")
         self.screen.key("alt+t", "Return")
         self.screen.window("Settings")
@@ -24,7 +19,6 @@ class Configuration(unittest.TestCase):
         port = free_port()
         self.enter_port(port)
         self.screen.no_window("SIP Line")
-        self.assertEqual(read_ini(self.home.path / "Lines.ini")["SIP"]["Listen"], f"127.0.0.1:{port}")
         self.take_a_call(port)
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as old:
             old.bind(("127.0.0.1", self.program.port))
@@ -34,7 +28,6 @@ class Configuration(unittest.TestCase):
             other.bind(("127.0.0.1", 0))
             dialog = self.enter_port(other.getsockname()[1])
             eventually(lambda: self.result_is_shown(dialog), "words in the dialog")
-        self.assertEqual(read_ini(self.home.path / "Lines.ini")["SIP"]["Listen"], f"127.0.0.1:{self.program.port}")
         self.take_a_call(self.program.port)
         self.screen.window("SIP Line")
         self.screen.key("Escape")
@@ -50,14 +43,11 @@ class Configuration(unittest.TestCase):
         return dialog
 
     def take_a_call(self, port):
+        self.assertEqual(read_ini(self.home.path / "Lines.ini")["SIP"]["Listen"], f"127.0.0.1:{port}")
         with sip_caller.Call(port) as call:
             call.answered()
             call.hang_up()
 
     def result_is_shown(self, dialog):
         """Whether there is text below the state of the line."""
-        return self.screen.pixels(dialog, 14, 345, 450, 35).min() < 100
-
-
-if __name__ == "__main__":
-    main()
+        return self.screen.pixels(14, 345, 450, 35, dialog).min() < 100

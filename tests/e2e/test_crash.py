@@ -4,7 +4,7 @@ import time
 import unittest
 
 import sound
-from program import RECORDING, Home, Program, eventually, main
+from program import RECORDING, Home, Program, eventually
 from sip_caller import Call
 
 SECONDS = 3.0
@@ -12,8 +12,7 @@ SECONDS = 3.0
 
 class InTheMiddleOfARecording(unittest.TestCase):
     def setUp(self):
-        self.home = Home()
-        self.addCleanup(self.home.remove)
+        self.home = self.enterContext(Home())
         self.speech = sound.voice(SECONDS, seed=6)
 
     def end_while_recording(self, how):
@@ -30,8 +29,7 @@ class InTheMiddleOfARecording(unittest.TestCase):
         recorded = sound.read_wave(self.home.inbox / name)
         self.assertEqual(int(record["Size"]), (self.home.inbox / name).stat().st_size)
         self.assertAlmostEqual(int(record["Length"]), len(recorded) * 1000 / sound.RATE, delta=1)
-        arrived = sound.Comparison(self.speech[: int(at_least * sound.RATE)], recorded)
-        self.assertEqual(arrived.damaged, 0, arrived)
+        sound.assert_arrived(self.speech[: int(at_least * sound.RATE)], recorded)
 
     def test_a_kill_costs_at_most_the_last_second(self):
         self.assertEqual(self.end_while_recording(signal.SIGKILL), -signal.SIGKILL)
@@ -55,7 +53,3 @@ class InTheMiddleOfARecording(unittest.TestCase):
         index.write_text("[Msg0101260000001.wav]\r\nName=Gone\r\nSize=-1\r\nLength=-1\r\n", newline="")
         with Program(self.home):
             eventually(lambda: not self.home.messages(), "the healing of the index")
-
-
-if __name__ == "__main__":
-    main()

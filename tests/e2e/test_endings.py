@@ -2,7 +2,7 @@
 import time
 
 import sound
-from program import RECORDING, ProgramTestCase, eventually, main
+from program import RECORDING, ProgramTestCase, eventually
 from sip_caller import Call
 
 
@@ -32,8 +32,7 @@ class WithAGreeting(ProgramTestCase):
             first.hang_up()
         name, record = self.new_message()
         self.assertEqual(record["Number"], "5551234")
-        arrived = sound.Comparison(speech, sound.read_wave(self.home.inbox / name))
-        self.assertEqual(arrived.damaged, 0, arrived)
+        sound.assert_arrived(speech, sound.read_wave(self.home.inbox / name))
 
 
 class NobodyAnswers(ProgramTestCase):
@@ -53,7 +52,3 @@ class NobodyAnswers(ProgramTestCase):
         with Call(self.program.port) as call:  # the line is free again
             call.wait_for(180)
             call.cancel()
-
-
-if __name__ == "__main__":
-    main()

@@ -1,31 +1,20 @@
 """The greeting, recorded in the settings window: what was said at the microphone is what a caller hears."""
 import threading
-import unittest
 
 import numpy as np
 
 import sip_caller
 import sound
-from desk import Screen, SoundDesk
-from program import RECORDING, Home, Program, eventually, main
+from desk import SoundTestCase
+from program import RECORDING, eventually
 
 WORDS = sound.voice(3, seed=21)
-SAME_SOUND = 0.9  # nothing but the clocks lies between
 
 
-class Greeting(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.screen = Screen()
-        cls.addClassCleanup(cls.screen.close)
-        cls.desk = SoundDesk()
-        cls.addClassCleanup(cls.desk.close)
-
+class Greeting(SoundTestCase):
     def setUp(self):
-        self.home = Home(settings={"AutoAnswerRingCount": 1}, greeting=sound.voice(1, seed=2))
-        self.addCleanup(self.home.remove)
-        self.program = Program(self.home, surroundings=self.screen.environment() | self.desk.environment())
-        self.addCleanup(self.program.stop)
+        super().setUp()
+        self.start(settings={"AutoAnswerRingCount": 1}, greeting=sound.voice(1, seed=2))
         self.file = self.home.path / "Sound" / "Greeting.wav"
         self.old = self.file.read_bytes()
 
@@ -43,7 +32,7 @@ class Greeting(unittest.TestCase):
 
         before = len(self.desk.heard())
         self.screen.key("shift+Tab", "space")  # Play
-        eventually(lambda: self.same(WORDS, self.desk.heard()[before:]), "the greeting at the loudspeaker")
+        eventually(lambda: self.are_words(self.desk.heard()[before:]), "the greeting at the loudspeaker")
         self.screen.key("Return")  # Apply
         self.screen.no_window("Settings")
         self.assertEqual(self.home.setting("GreetingFile"), str(self.file))
@@ -53,9 +42,8 @@ class Greeting(unittest.TestCase):
             self.program.wait_for_log(RECORDING)
             heard = call.voice.heard()
             call.hang_up()
-        compared = sound.Comparison(sound.read_wide_wave(self.file), heard)
-        self.assertGreater(compared.correlation, 0.98, str(compared))
-        self.assertTrue(self.same(WORDS, heard), sound.pieces_alike(WORDS, heard))
+        sound.assert_arrived(sound.read_wide_wave(self.file), heard, 0.98, undamaged=False)
+        self.assertTrue(self.are_words(heard))
 
     def test_is_saved_when_the_window_is_closed_meanwhile(self):
         self.start_recording()
@@ -76,21 +64,14 @@ class Greeting(unittest.TestCase):
         """Waits for the file with what was said."""
         eventually(lambda: self.desk.listeners() == 0, "a closed microphone")
         eventually(lambda: self.file.read_bytes() != self.old, "a new greeting")
-        recording = sound.read_wide_wave(self.file)
-        self.assertTrue(self.same(WORDS, recording), sound.pieces_alike(WORDS, recording))
+        self.assertTrue(self.are_words(sound.read_wide_wave(self.file)))
 
     @staticmethod
-    def same(said, heard):
-        if len(heard) < len(said):
-            return False
-        alike = sound.pieces_alike(said, heard)
-        return np.mean(alike) > SAME_SOUND and sum(one > SAME_SOUND for one in alike) > 0.9 * len(alike)
+    def are_words(heard):
+        # Nothing but the clocks lies between.
+        return len(heard) >= len(WORDS) and sound.same_voice(WORDS, heard, 0.9)
 
     def level(self, settings):
         """How many pixels the bar between "Record" and "Play" fills."""
-        blue, _, red = self.screen.pixels(settings, 116, 311, 156, 1)[0].astype(int).T
+        red, _, blue = self.screen.pixels(116, 311, 156, 1, settings)[0].T
         return int(np.sum(blue - red > 60))
-
-
-if __name__ == "__main__":
-    main()

@@ -1,77 +1,60 @@
 """The key that brings the program up from anywhere."""
+import subprocess
 import time
-import unittest
 
-from desk import Screen
-from program import Home, Program, main
+from desk import ScreenTestCase
 
 NAME = "Kelmio Standard"
 KEY = "alt+ctrl+shift+F8"  # as the settings have it by default
 
 
-class HotKey(unittest.TestCase):
-    def setUp(self):
-        self.screen = Screen()
-        self.addCleanup(self.screen.close)
-        self.home = Home()
-        self.addCleanup(self.home.remove)
+class HotKey(ScreenTestCase):
+    def minimize(self, window=None):
+        self.screen.minimize(window or self.screen.window(NAME))
+        self.screen.no_window(NAME)
 
-    def run_program(self, home):
-        program = Program(home, surroundings=self.screen.environment())
-        self.addCleanup(program.stop)
-        return program
+    def press(self, keys):
+        """Whatever locks are on stay on."""
+        self.screen.xdotool("key", keys)
+
+    def assert_brings_the_window_up(self, keys=KEY):
+        self.press(keys)
+        self.screen.visible(NAME)
 
     def test_brings_the_window_up_whichever_locks_are_on(self):
-        self.run_program(self.home)
+        self.start()
         for lock in ("", "Num_Lock", "Caps_Lock"):  # the last with both
             if lock:
-                self.screen.press(lock)
-            self.screen.minimize(self.screen.window(NAME))
-            self.screen.no_window(NAME)
-            self.screen.press(KEY)
-            self.screen.visible(NAME)
+                self.press(lock)
+            self.minimize()
+            self.assert_brings_the_window_up()
 
     def test_a_key_that_another_program_has_is_left_to_it(self):
-        self.run_program(self.home)
+        self.start()
         first = self.screen.window(NAME)
-        other = Home()
-        self.addCleanup(other.remove)
-        second = self.run_program(other)
+        self.start()
         self.screen.visible(NAME, but=first)
-        second.stop()  # it runs, and ends, without the key
-        self.screen.minimize(first)
-        self.screen.press(KEY)
-        self.screen.visible(NAME)
+        self.program.stop()  # it runs, and ends, without the key
+        self.minimize(first)
+        self.assert_brings_the_window_up()
 
     def test_a_held_key_counts_once(self):
-        program = self.run_program(self.home)
-        self.screen.minimize(self.screen.window(NAME))
-        self.screen.no_window(NAME)
+        self.start()
+        self.minimize()
         keys = KEY.split("+")
         for key in keys:
-            self.screen.hold(key)
-        self.screen.minimize(self.screen.visible(NAME))
-        self.screen.no_window(NAME)
+            self.screen.xdotool("keydown", key)
+        self.minimize(self.screen.visible(NAME))
         time.sleep(1.5)  # the keyboard repeats 25 times a second after 0.66 s
-        self.assertFalse(self.screen.sees(NAME), "it comes up while the key is held")
+        self.assertFalse(self.screen.windows(NAME), "it comes up while the key is held")
         for key in keys:
-            self.screen.let_go(key)
-        self.screen.press(KEY)
-        self.screen.visible(NAME)
-        self.assertTrue(program.runs())
+            self.screen.xdotool("keyup", key)
+        self.assert_brings_the_window_up()
+        self.assertTrue(self.program.runs())
 
     def test_the_key_follows_the_layout_of_the_keyboard(self):
-        self.home.remove()
-        self.home = Home(settings={"HotKeyCode": ord("Z")})
-        self.addCleanup(self.home.remove)
-        self.run_program(self.home)
+        self.start(settings={"HotKeyCode": ord("Z")})
         for layout in ("us", "de", "us"):  # Y and Z change places
-            self.screen.set_layout(layout)
-            self.screen.minimize(self.screen.window(NAME))
-            self.screen.no_window(NAME)
-            self.screen.press("alt+ctrl+shift+z")
-            self.screen.visible(NAME)
-
-
-if __name__ == "__main__":
-    main()
+            subprocess.run(["setxkbmap", "-display", self.screen.display, layout], check=True, timeout=20)
+            self.minimize()
+            self.assert_brings_the_window_up("alt+ctrl+shift+z")

@@ -3,7 +3,7 @@ import unittest
 
 import sound
 from modem import Modem
-from program import RECORDING, WAITING, Home, Program, eventually, main, read_ini
+from program import RECORDING, Home, Program, eventually, read_ini
 from sip_caller import Call
 
 GREETING = sound.voice(1.5, seed=2)
@@ -13,11 +13,8 @@ SPEECH = sound.voice(3, seed=3)
 class OnAModem(unittest.TestCase):
     def start(self, modem):
         """The program with this modem, at its first start."""
-        home = Home(greeting=GREETING, settings={"AutoAnswerRingCount": 2})
-        self.addCleanup(home.remove)
-        program = Program(home, surroundings=modem.surroundings)
-        self.addCleanup(program.stop)
-        return home, program
+        home = self.enterContext(Home(greeting=GREETING))
+        return home, self.enterContext(Program(home, surroundings=modem.surroundings))
 
     def chosen_line(self, home):
         """The name of the line that the program has chosen by itself."""
@@ -38,11 +35,8 @@ class OnAModem(unittest.TestCase):
             modem.on_hook()
             [(name, record)] = home.complete_messages(1)
             self.assertEqual((record["Name"], record["Number"]), ("Sample", "5551234"))
-            greeting = sound.Comparison(GREETING, modem.heard())
-            self.assertGreater(greeting.correlation, 0.99, greeting)
-            speech = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
-            self.assertGreater(speech.correlation, 0.99, speech)
-            self.assertEqual(speech.damaged, 0, speech)
+            sound.assert_arrived(GREETING, modem.heard(), 0.99, undamaged=False)
+            sound.assert_arrived(SPEECH, sound.read_wave(home.inbox / name), 0.99)
 
             mark = program.mark()
             modem.ring("5550001", "Unlucky")
@@ -70,22 +64,12 @@ class OnAModem(unittest.TestCase):
                 call.hang_up()
 
     def test_a_voice_modem_wins_wherever_it_stands(self):
-        account = "[SIP account 1]\r\nServer=127.0.0.1:9\r\nUser=line\r\nTransport=udp\r\n"
-
-        class HomeWithAccount(Home):
-            def set_line(self, port, ring_period):
-                super().set_line(port, ring_period)
-                with open(self.path / "Lines.ini", "a", newline="") as file:
-                    file.write(account)
-
-        for kind in (Home, HomeWithAccount):
+        for account in ("", "[SIP account 1]\nServer=127.0.0.1:9\nUser=line\nTransport=udp\n"):
             for first, second in (("data", "conexant"), ("conexant", "data")):
-                with self.subTest(kind=kind.__name__, first=first), Modem(first) as one, Modem(second, "ttyACM1", one):
-                    home = kind(greeting=GREETING)
-                    self.addCleanup(home.remove)
-                    with Program(home, surroundings=one.surroundings):
-                        place = "ttyACM0" if first == "conexant" else "ttyACM1"
-                        self.assertIn(place, self.chosen_line(home))
+                with (self.subTest(account=account, first=first), Modem(first) as one, Modem(second, "ttyACM1", one),
+                      Home(greeting=GREETING, line=account) as home, Program(home, surroundings=one.surroundings)):
+                    place = "ttyACM0" if first == "conexant" else "ttyACM1"
+                    self.assertIn(place, self.chosen_line(home))
 
     def speak(self, modem, samples):
         """Returns once the modem has handed on all of it, one byte a sample."""
@@ -98,7 +82,3 @@ class OnAModem(unittest.TestCase):
         before = recorded()
         modem.say(samples)
         eventually(lambda: recorded() > before + len(samples) + sound.RATE // 2, "the speech")
-
-
-if __name__ == "__main__":
-    main()

@@ -2,7 +2,6 @@
 import shutil
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 from pathlib import Path
@@ -11,16 +10,17 @@ import numpy as np
 
 import network
 import sound
-from program import Program, eventually, main
-from registrar import AccountHome, Baresip, Registrar, registered
+from program import Beside, eventually
+from registrar import AccountTestCase, Registrar
 
 GREETING = sound.voice(2, seed=2)
 SPEECH = sound.voice(3, seed=4)
 SAID = np.concatenate([sound.silence(4), SPEECH, sound.silence(1)])
 NEEDED = ("kamailio", "turnserver", "nft")  # the first two start services where they are installed: not done unasked
+STUN = f"StunServer={network.WORLD_ADDRESS}\n"
 
 
-class BehindARouter(unittest.TestCase):
+class BehindARouter(AccountTestCase):
     @classmethod
     def setUpClass(cls):
         if not all(map(shutil.which, NEEDED)):
@@ -32,90 +32,66 @@ class BehindARouter(unittest.TestCase):
             raise unittest.SkipTest(f"needs the right to make networks of its own: {refused}") from refused
 
     def setUp(self):
-        self.folder = Path(tempfile.mkdtemp(prefix="kelmio-nat-"))
-        self.addCleanup(shutil.rmtree, self.folder)
+        self.world = self.enterContext(Beside())
 
     def start_registrar(self, **certificate):
-        self.registrar = Registrar(address=network.WORLD_ADDRESS, within=network.within("world"), **certificate)
-        self.addCleanup(self.registrar.__exit__)
+        return self.enterContext(Registrar(network.WORLD_ADDRESS, network.within("world"), **certificate))
 
-    def start(self, **home):
-        if "server" not in home:
-            self.start_registrar()
-        home = AccountHome(self.registrar, greeting=GREETING, **home)
-        self.addCleanup(home.remove)
-        program = Program(home, within=network.within("home"))
-        self.addCleanup(program.stop)
-        registered(program)
-        return home, program
+    def start(self, registrar, **home):
+        """The program at home with an account in the world."""
+        super().start(registrar, network.within("home"), greeting=GREETING, **home)
+        self.registered()
+
+    def serve(self, *command, **how):
+        return self.world.start(*network.within("world"), *command, cwd=self.world.folder, **how)
 
     def start_stun_server(self):
-        server = subprocess.Popen(
-            [*network.within("world"), "turnserver", "-n", "--stun-only", "--listening-ip", network.WORLD_ADDRESS, "--no-cli",
-             "--pidfile", self.folder / "turn.pid", "--log-file", "stdout"],
-            cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.addCleanup(server.wait)
-        self.addCleanup(server.kill)
+        self.serve("turnserver", "-n", "--stun-only", "--listening-ip", network.WORLD_ADDRESS, "--no-cli",
+                   "--pidfile", "turn.pid", "--log-file", "stdout")
         listening = [*network.within("world"), "ss", "-Huln", "sport", "=", "3478"]
         eventually(lambda: subprocess.run(listening, capture_output=True, check=True).stdout, "the STUN server")
 
-    def assert_talk(self, home, program, more, modules):
-        caller = Baresip(self.registrar, self.folder, SAID, more, network.WORLD_ADDRESS, network.within("world"), modules)
-        told = caller.call(10)
-        eventually(home.messages, "a message; baresip: " + told + "".join(program.log[-8:]))
-        [(name, record)] = home.complete_messages(1)
-        self.assertEqual(record["Number"], "caller")
-        recorded = sound.Comparison(SPEECH, sound.read_wave(home.inbox / name))
-        self.assertGreater(recorded.correlation, 0.999, recorded)
-        heard = sound.Comparison(GREETING, sound.read_wave(caller.heard()))
-        self.assertGreater(heard.correlation, 0.99, heard)
+    def talk(self, parameters="", *modules):
+        heard = self.take_a_call(SAID, SPEECH, parameters, modules, network.WORLD_ADDRESS, network.within("world"), 10)
+        sound.assert_arrived(GREETING, heard, 0.99, undamaged=False)
+
+    def talk_by_ice(self, encryption, module):
+        self.start_stun_server()
+        self.start(self.start_registrar(), encryption="required", more=STUN)
+        self.talk(f";mediaenc={encryption};medianat=ice;stunserver=stun:{network.WORLD_ADDRESS}", module, "ice")
 
     def test_an_encrypted_call_over_tls_finds_its_way_by_ice(self):
-        self.start_stun_server()
-        home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}"])
-        self.assert_talk(home, program, f";mediaenc=srtp-mand;medianat=ice;stunserver=stun:{network.WORLD_ADDRESS}", ("srtp", "ice"))
+        self.talk_by_ice("srtp-mand", "srtp")
 
     def test_keys_are_agreed_on_along_the_way(self):
-        self.start_stun_server()
-        home, program = self.start(encryption="required", more=[f"StunServer={network.WORLD_ADDRESS}"])
-        self.assert_talk(home, program, f";mediaenc=dtls_srtp;medianat=ice;stunserver=stun:{network.WORLD_ADDRESS}",
-                         ("dtls_srtp", "ice"))
+        self.talk_by_ice("dtls_srtp", "dtls_srtp")
 
     def test_names_lead_to_the_servers_and_a_caller_who_looks_for_no_way_is_heard(self):
-        self.start_registrar(name="DNS:provider.example")
+        registrar = self.start_registrar(name="DNS:provider.example")
         self.start_stun_server()
-        self.start_name_server(
-            f"_sips._tcp.provider.example SRV 0 0 {self.registrar.tls_port} sip.provider.example",
-            f"_sip._udp.provider.example SRV 0 0 {self.registrar.port} sip.provider.example",
-            f"sip.provider.example A {network.WORLD_ADDRESS}",
-            "_stun._udp.stun.example SRV 0 0 3478 sip.provider.example")
-        home, program = self.start(server="provider.example", transport="automatic", more=["StunServer=stun.example", "Ice=no"])
-        self.assertTrue(any("Registered" in line and "encrypted" in line for line in program.log), program.log)
-        self.assert_talk(home, program, ";mediaenc=srtp-mand", ("srtp",))
-
-    def start_name_server(self, *records):
         network.ask_for_names(network.WORLD_ADDRESS)
-        server = subprocess.Popen(
-            [*network.within("world"), sys.executable, "-B", Path(__file__).with_name("name_server.py"), network.WORLD_ADDRESS],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(server.wait)
-        self.addCleanup(server.kill)
-        server.stdin.write("\n".join(records))
-        server.stdin.close()
-        self.assertEqual(server.stdout.readline(), "ready\n")
-        self.addCleanup(server.stdout.close)
+        names = self.serve(sys.executable, "-B", Path(__file__).resolve().with_name("name_server.py"),
+                           network.WORLD_ADDRESS, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        names.stdin.write(
+            f"_sips._tcp.provider.example SRV 0 0 {registrar.tls_port} sip.provider.example\n"
+            f"_sip._udp.provider.example SRV 0 0 {registrar.port} sip.provider.example\n"
+            f"sip.provider.example A {network.WORLD_ADDRESS}\n"
+            "_stun._udp.stun.example SRV 0 0 3478 sip.provider.example\n")
+        names.stdin.close()
+        self.assertEqual(names.stdout.readline(), "ready\n")
+        more = "StunServer=stun.example\nIce=no\n"
+        self.start(registrar, server="provider.example", transport="automatic", more=more)
+        log = self.program.log
+        self.assertTrue(any("Registered" in line and "encrypted" in line for line in log), log)
+        self.talk(";mediaenc=srtp-mand", "srtp")
 
     def test_the_router_is_kept_awake_and_comes_back(self):
-        home, program = self.start(transport="udp", more=[f"StunServer={network.WORLD_ADDRESS}"])
-        mark = program.mark()
+        self.start(self.start_registrar(), transport="udp", more=STUN)
+        mark = self.program.mark()
         network.connect(False)
-        program.wait_for_log("next try", mark, timeout=60)
+        self.program.wait_for_log("next try", mark, timeout=60)
         network.connect(True)
-        registered(program, mark, timeout=60)
+        self.registered(mark, timeout=60)
         time.sleep(network.FORGETS_AFTER + 5)
         self.start_stun_server()
-        self.assert_talk(home, program, "", ())
-
-
-if __name__ == "__main__":
-    main()
+        self.talk()

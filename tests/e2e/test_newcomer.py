@@ -1,35 +1,29 @@
 """What a newcomer does with the contact book: import it, see who called, and call back from the log."""
-import unittest
-
-import sip_caller
 import sound
-from desk import Screen
-from program import Home, Program, eventually, main, read_ini
+from desk import ScreenTestCase
+from program import eventually, read_ini
+from sip_caller import leave_message
 
-BOOK = """BEGIN:VCARD\r
-VERSION:3.0\r
-FN:Jane Sample\r
-TEL;TYPE=HOME,VOICE:5551234\r
-ORG:Sample Trading\r
-END:VCARD\r
-BEGIN:VCARD\r
-VERSION:4.0\r
-FN:Jürgen Beispiel\r
-TEL;VALUE=uri;TYPE="voice,work":tel:+49-30-123456\r
-END:VCARD\r
+BOOK = """BEGIN:VCARD
+VERSION:3.0
+FN:Jane Sample
+TEL;TYPE=HOME,VOICE:5551234
+ORG:Sample Trading
+END:VCARD
+BEGIN:VCARD
+VERSION:4.0
+FN:Jürgen Beispiel
+TEL;VALUE=uri;TYPE="voice,work":tel:+49-30-123456
+END:VCARD
 """
 
 
-class Newcomer(unittest.TestCase):
+class Newcomer(ScreenTestCase):
     def test_imports_a_book_sees_who_called_and_calls_back(self):
-        screen = Screen()
-        self.addCleanup(screen.close)
-        home = Home()
-        self.addCleanup(home.remove)
+        self.start()
+        screen, home = self.screen, self.home
         book = home.path / "book.vcf"
-        book.write_text(BOOK, newline="")
-        program = Program(home, surroundings=screen.environment())
-        self.addCleanup(program.stop)
+        book.write_text(BOOK, newline="\r\n")
 
         screen.window("Kelmio Standard")
         screen.key("alt+t", "Down", "Down", "Return")
@@ -48,11 +42,8 @@ class Newcomer(unittest.TestCase):
         screen.key("Escape")
         screen.no_window("Contacts")
 
-        with sip_caller.Call(program.port, "<sip:5551234@127.0.0.1>") as call:
-            call.answered()
-            call.voice.say(sound.voice(2))
-            call.hang_up()
-        (_, record), = home.complete_messages(1)
+        leave_message(self.program, sound.voice(2), "<sip:5551234@127.0.0.1>")
+        [(_, record)] = home.complete_messages(1)
         self.assertEqual((record["Name"], record["Number"]), ("Jane Sample", "5551234"))
 
         screen.window("Kelmio Standard")
@@ -63,7 +54,3 @@ class Newcomer(unittest.TestCase):
         screen.key("Escape")
         screen.no_window("Dialer")
         self.assertEqual(home.setting("DialerLastNumber"), "5551234")
-
-
-if __name__ == "__main__":
-    main()

@@ -4,21 +4,19 @@ import time
 import unittest
 
 import sound
-from program import RECORDING, Home, Program, free_port, main
+from program import RECORDING, Home, Program, free_port
 from sip_caller import Call
 
 
 class TwoCopies(unittest.TestCase):
     def setUp(self):
-        self.home = Home()
-        self.addCleanup(self.home.remove)
+        self.home = self.enterContext(Home())
 
     def test_both_record_into_one_inbox(self):
         with Program(self.home) as one, Program(self.home) as other:
             calls = []
             for program, number in ((one, "5550011"), (other, "5550022")):
-                call = Call(program.port, f"<sip:{number}@127.0.0.1>")
-                self.addCleanup(call.close)
+                call = self.enterContext(Call(program.port, f"<sip:{number}@127.0.0.1>"))
                 call.answered()
                 program.wait_for_log(RECORDING)
                 call.voice.begin_to_say(sound.voice(2, seed=int(number)))
@@ -32,8 +30,7 @@ class TwoCopies(unittest.TestCase):
             for name, record in messages:
                 self.assertEqual(len(record), 9)
                 speech = sound.voice(2, seed=int(record["Number"]))
-                arrived = sound.Comparison(speech, sound.read_wave(self.home.inbox / name))
-                self.assertEqual(arrived.damaged, 0, arrived)
+                sound.assert_arrived(speech, sound.read_wave(self.home.inbox / name))
             self.assertEqual(sorted(entry[1] for entry in self.home.calls()), ["5550011", "5550022"])
 
     def test_a_port_that_is_taken_opens_no_line(self):
@@ -41,7 +38,3 @@ class TwoCopies(unittest.TestCase):
             taken.bind(("127.0.0.1", free_port()))
             with Program(self.home, port=taken.getsockname()[1], expect="No telephony device opened") as program:
                 self.assertEqual(program.stop(), 0)
-
-
-if __name__ == "__main__":
-    main()

@@ -1,11 +1,13 @@
-"""Trays of both kinds: the window manager's, which takes windows in, and a host of status notifiers on a bus of its own."""
-import subprocess
+"""Trays of both kinds: the window manager's, which takes windows in, and a host of status notifiers on a bus."""
 import threading
 
 import dbus
 import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
+
+from desk import Screen
+from program import eventually
 
 WATCHER = "org.kde.StatusNotifierWatcher"
 ITEM = "org.kde.StatusNotifierItem"
@@ -19,21 +21,33 @@ DESCRIPTION = f"""<node><interface name="{WATCHER}">
 </interface></node>"""
 
 
-class Bus:
-    """A session bus of the test's own."""
+class ScreenWithTray(Screen):
+    """A screen whose window manager has a tray."""
 
-    def __init__(self):
-        self._daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
-                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.address = self._daemon.stdout.readline().strip()
+    PREFERENCES = "ShowTaskBar=1\nTaskBarShowTray=1\nTaskBarShowClock=0\n"
 
-    def environment(self):
-        return {"DBUS_SESSION_BUS_ADDRESS": self.address}
+    def end_tray(self):
+        self.manager.terminate()
+        self.manager.wait(10)
 
-    def close(self):
-        self._daemon.terminate()
-        self._daemon.wait()
-        self._daemon.stdout.close()
+    def icon(self):
+        """The program's window in the tray."""
+        return self._of_program(lambda top, width, height: 0 < width <= 32 and top > 700, "an icon in the tray")
+
+    def click_icon(self, button, times=1):
+        self.xdotool("mousemove", "--window", self.icon(), "8", "8", "click", "--repeat", str(times), "--delay", "60",
+                     str(button))
+
+    def popup(self):
+        """Waits for the menu."""
+        return self._of_program(lambda top, width, height: 150 < height < 400, "the menu of the tray")
+
+    def _of_program(self, fits, what):
+        def found():
+            windows = self.xdotool("search", "--onlyvisible", "--class", "kelmio").split()
+            return [window for window in windows if fits(*self.place(window)[1:])]
+
+        return eventually(found, what, 25)[0]
 
 
 class NotifierTray:
@@ -58,7 +72,7 @@ class NotifierTray:
 
             @dbus.service.method(PROPERTIES, in_signature="ss", out_signature="v")
             def Get(self, interface, name):
-                return {"IsStatusNotifierHostRegistered": True, "ProtocolVersion": dbus.Int32(0)}[name]
+                return self.GetAll(interface)[name]
 
             @dbus.service.method(PROPERTIES, in_signature="s", out_signature="a{sv}")
             def GetAll(self, interface):
@@ -83,31 +97,29 @@ class NotifierTray:
 
     def shown(self, name):
         """A property of the icon."""
-        item = self._calls.get_object(self.item(), "/StatusNotifierItem", introspect=False)
-        return item.Get(ITEM, name, dbus_interface=PROPERTIES)
+        return self._object("/StatusNotifierItem", PROPERTIES).Get(ITEM, name)
 
     def activate(self):
-        item = self._calls.get_object(self.item(), "/StatusNotifierItem", introspect=False)
-        item.Activate(dbus.Int32(0), dbus.Int32(0), dbus_interface=ITEM)
+        self._object("/StatusNotifierItem", ITEM).Activate(dbus.Int32(0), dbus.Int32(0))
 
     def menu(self):
         """The lines of the menu: captions, with a dash for a separator and a star behind what is ticked."""
-        return [self._line(properties) for _, properties in self._entries()]
+        return [line for _, line in self._entries()]
 
     def choose(self, caption):
-        for number, properties in self._entries():
-            if self._line(properties).rstrip("*") == caption:
-                self._menu().Event(number, "clicked", dbus.String("", variant_level=1), dbus.UInt32(0),
-                                   dbus_interface=MENU)
+        [number] = [number for number, line in self._entries() if line.rstrip("*") == caption]
+        self._menu().Event(number, "clicked", dbus.String("", variant_level=1), dbus.UInt32(0))
+
+    def _object(self, path, interface):
+        return dbus.Interface(self._calls.get_object(self.item(), path, introspect=False), interface)
 
     def _menu(self):
-        return self._calls.get_object(self.item(), str(self.shown("Menu")), introspect=False)
+        return self._object(str(self.shown("Menu")), MENU)
 
     def _entries(self):
-        self._menu().AboutToShow(dbus.Int32(0), dbus_interface=MENU)
-        _, (_, _, entries) = self._menu().GetLayout(
-            dbus.Int32(0), dbus.Int32(-1), dbus.Array([], signature="s"), dbus_interface=MENU)
-        return [(number, properties) for number, properties, _ in entries if properties.get("visible", True)]
+        self._menu().AboutToShow(dbus.Int32(0))
+        _, (_, _, entries) = self._menu().GetLayout(dbus.Int32(0), dbus.Int32(-1), dbus.Array([], signature="s"))
+        return [(number, self._line(entry)) for number, entry, _ in entries if entry.get("visible", True)]
 
     @staticmethod
     def _line(properties):
