@@ -37,12 +37,13 @@ class ThirdParty(ProgramTestCase):
         for codec, modules, more in (("PCMU", (), ""),
                                      ("PCMU", ("srtp",), ";mediaenc=srtp-mand"),
                                      ("PCMU", ("dtls_srtp",), ";mediaenc=dtls_srtp"),  # keys along the way of the sound
-                                     ("opus", ("opus",), "")):
+                                     ("opus/48000/2", ("opus",), "")):
             with self.subTest(codec + more):
                 self.mark = self.program.mark()
                 account = f'"Bare Caller" <sip:5550002@127.0.0.1>;regint=0;audio_codecs={codec}{more}'
-                with Baresip(SAID, account, modules) as baresip:
+                with Baresip(SAID, account, modules, "ausrc_srate 8000\nausrc_channels 1\n") as baresip:
                     told = baresip.call(f"sip:line@127.0.0.1:{self.program.port}")
+                self.assertIn(f"audio encoder: {codec.partition('/')[0]} ", told)
                 self.wait_for_log("Idle")
                 eventually(lambda: len(self.home.messages()) > self.before, "a message; baresip: " + told)
                 self.assert_recorded(("Bare Caller", "5550002"), codec == "PCMU")
