@@ -294,9 +294,9 @@ void SipCall::OnClosed(int error, const sip_msg* message, void* self) {
   call->Over();
 }
 
-void SipCall::SetSoundPort(const std::shared_ptr<SoundPort>& port) {
+void SipCall::SetSoundPort(std::shared_ptr<SoundPort> port) {
   ring_back_.SetPort(port);
-  media_.SetPort(port);
+  media_.SetPort(std::move(port));
 }
 
 void SipCall::Hangup() {

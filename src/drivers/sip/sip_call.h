@@ -65,7 +65,7 @@ public:
 
   void Answer();
   void Hangup();
-  void SetSoundPort(const std::shared_ptr<SoundPort>& port);
+  void SetSoundPort(std::shared_ptr<SoundPort> port);
 
 private:
   enum class Phase { Ringing, Answered, OffHook, Dialing, Up };
