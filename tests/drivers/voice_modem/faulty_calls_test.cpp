@@ -18,7 +18,7 @@ using emulated::HangUpSign;
 using emulated::ModemEmulator;
 using emulated::Samples;
 
-constexpr double kSpeed = 6;
+constexpr double kSpeed = 4; // more, and a busy machine is late for the modem
 
 /// An answering machine on a modem line, and its ledger.
 class Household : public LineEvents {
